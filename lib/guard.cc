@@ -1,0 +1,55 @@
+#include "lib/guard.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace zelta {
+
+namespace {
+
+// The data lies one guard word into its block. Units that need more than 4-byte alignment would be
+// misaligned there, so an allocated block starts this far into what malloc returned: the guard word
+// ends, and the data begins, at the next address that is aligned for any type.
+constexpr size_t heap_lead = guard_lead<max_align_t>;
+
+} // namespace
+
+char *guard_init(void *block, size_t size, uint32_t tag) {
+    if (block == nullptr)
+        return nullptr;
+    char *data = static_cast<char *>(block) + guard_size;
+    memcpy(data - guard_size, &tag, guard_size);
+    memset(data, 0, size);
+    memcpy(data + size, &tag, guard_size);
+    return data;
+}
+
+bool guard_intact(const void *data, size_t size, uint32_t tag) {
+    const char *bytes = static_cast<const char *>(data);
+    uint32_t before, behind;
+    memcpy(&before, bytes - guard_size, guard_size);
+    memcpy(&behind, bytes + size, guard_size);
+    return before == tag && behind == tag;
+}
+
+void guard_wipe(void *data, size_t size) {
+    explicit_bzero(static_cast<char *>(data) - guard_size, size + guards_size);
+}
+
+char *guard_alloc(size_t size, uint32_t tag) {
+    char *block = static_cast<char *>(malloc(heap_lead + size + guards_size));
+    return block == nullptr ? nullptr : guard_init(block + heap_lead, size, tag);
+}
+
+void guard_free(void *data, size_t size) {
+    guard_wipe(data, size);
+    free(static_cast<char *>(data) - guard_size - heap_lead);
+}
+
+uint32_t grown_capacity(uint32_t capacity, uint32_t need, uint32_t limit) {
+    uint64_t doubled = uint64_t{capacity} * 2;
+    uint64_t wanted = need > doubled ? need : doubled;
+    return wanted < limit ? static_cast<uint32_t>(wanted) : 0;
+}
+
+} // namespace zelta

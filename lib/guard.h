@@ -1,0 +1,53 @@
+// Guarded storage: what strings (lib/mstr.h) and unit arrays (lib/mbuf.h) have in common. Guarded
+// storage is framed by two guard words, copies of the owner's kind tag, that reveal an overrun:
+//
+//     guard word (4 bytes) | data (size bytes) | guard word (4 bytes)
+//
+// Storage that is given back is wiped first, because settings hold passwords.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zelta {
+
+inline constexpr size_t guard_size = sizeof(uint32_t);
+inline constexpr size_t guards_size = 2 * guard_size;
+
+// The largest data whose guarded block still has a size in size_t, also where that has 32 bits.
+inline constexpr size_t guard_max_size = SIZE_MAX - guards_size - alignof(max_align_t);
+
+// What a kind of storage allows; each family has a table of these, indexed by its tags.
+struct storage_kind {
+    bool guarded = false;   // framed by guard words
+    bool grows = false;     // replaced by larger storage when a result needs it
+    bool owned = false;     // allocated and freed by the library
+    bool resizable = false; // the count of used units may be set directly
+};
+
+// Bytes to leave free before caller's guarded storage that is aligned for T, so that the data
+// behind the guard word is aligned for T as well.
+template <typename T>
+inline constexpr size_t guard_lead = alignof(T) > guard_size ? alignof(T) - guard_size : 0;
+
+// Writes both guard words around size zeroed bytes into the caller's block of size + guards_size
+// bytes. Returns the data, or null for a null block.
+char *guard_init(void *block, size_t size, uint32_t tag);
+
+// True when both guard words around the data still hold the tag.
+bool guard_intact(const void *data, size_t size, uint32_t tag);
+
+// Overwrites data and guard words with zeros, in a way that no optimiser drops.
+void guard_wipe(void *data, size_t size);
+
+// Allocates guarded storage; the data is aligned for any type. Null when there is no memory.
+// guard_free wipes and frees what guard_alloc gave.
+char *guard_alloc(size_t size, uint32_t tag);
+void guard_free(void *data, size_t size);
+
+// The capacity that storage grows to when need is more than capacity: need or twice the capacity,
+// whichever is larger; 0 when that reaches the limit, even if need alone would not.
+uint32_t grown_capacity(uint32_t capacity, uint32_t need, uint32_t limit);
+
+} // namespace zelta

@@ -1,0 +1,273 @@
+#include <cctype>
+#include <cstdarg>
+#include <cstring>
+
+#include "lib/mstr.h"
+
+namespace zelta {
+
+namespace {
+
+bool writable(mstr *s) {
+    return mstr_valid(s) == 0 && s->magic != MSTR_MAGIC_CONST;
+}
+
+// The common check of an operation that writes one string from another.
+bool copyable(mstr *to, mstr *from) {
+    return to != from && mstr_valid(to) == 0 && mstr_valid(from) == 0 &&
+           to->magic != MSTR_MAGIC_CONST;
+}
+
+// The text was given from outside, and growing s would free it before it is copied.
+bool lies_inside(const mstr *s, const char *text) {
+    uintptr_t begin = reinterpret_cast<uintptr_t>(s->c_str);
+    return reinterpret_cast<uintptr_t>(text) - begin <= s->capacity;
+}
+
+bool room_for(mstr *s, uint64_t need) {
+    if (need > UINT32_MAX)
+        return false;
+    _mstr_expand(s, static_cast<uint32_t>(need));
+    return s->capacity >= need;
+}
+
+// The one edit: replaces the characters [start, end) of a writable string of the given length by
+// count bytes of text. Whoever replaces everything passes length 0 and saves measuring the old
+// text.
+int splice(mstr *s, uint32_t length, uint32_t start, uint32_t end, const char *text,
+           uint32_t count) {
+    uint64_t need = uint64_t{length} - (end - start) + count;
+    if (!room_for(s, need))
+        return -1;
+    char *at = s->c_str + start;
+    if (length > end)
+        memmove(at + count, s->c_str + end, length - end);
+    memmove(at, text, count);
+    s->lastlen = static_cast<uint32_t>(need);
+    s->c_str[need] = '\0';
+    return 0;
+}
+
+// The index of the first needle in s at or after start, both measured; -1 for none.
+int64_t search(const mstr *s, uint32_t length, uint32_t start, const mstr *needle, uint32_t count) {
+    if (count == 0 || count > length || start > length - count)
+        return -1;
+    const char *from = s->c_str + start;
+    const void *match = memmem(from, length - start, needle->c_str, count);
+    return match == nullptr ? -1 : static_cast<const char *>(match) - s->c_str;
+}
+
+uint32_t text_length(const char *text) {
+    return static_cast<uint32_t>(strnlen(text, MSTR_MAX_CAPACITY));
+}
+
+bool space(char c) {
+    return isspace(static_cast<unsigned char>(c)) != 0;
+}
+
+} // namespace
+
+int mstr_assign(mstr *to, mstr *from) {
+    if (!copyable(to, from))
+        return -1;
+    return splice(to, 0, 0, 0, from->c_str, _mstr_measure(from));
+}
+
+int mstr_append(mstr *to, mstr *from) {
+    if (!copyable(to, from))
+        return -1;
+    uint32_t length = _mstr_measure(to);
+    return splice(to, length, length, length, from->c_str, _mstr_measure(from));
+}
+
+int mstr_insert(mstr *to, uint32_t position, mstr *from) {
+    if (!copyable(to, from))
+        return -1;
+    uint32_t length = _mstr_measure(to);
+    if (position > length)
+        return -1;
+    return splice(to, length, position, position, from->c_str, _mstr_measure(from));
+}
+
+int mstr_slice(mstr *to, mstr *from, uint32_t start, uint32_t end) {
+    if (!copyable(to, from) || start > end || end > _mstr_measure(from))
+        return -1;
+    return splice(to, 0, 0, 0, from->c_str + start, end - start);
+}
+
+int mstr_strcpy(mstr *to, const char *text) {
+    if (!writable(to) || text == nullptr || lies_inside(to, text))
+        return -1;
+    return splice(to, 0, 0, 0, text, text_length(text));
+}
+
+int mstr_strcat(mstr *to, const char *text) {
+    if (!writable(to) || text == nullptr || lies_inside(to, text))
+        return -1;
+    uint32_t length = _mstr_measure(to);
+    return splice(to, length, length, length, text, text_length(text));
+}
+
+int mstr_erase(mstr *s, uint32_t start, uint32_t end) {
+    if (!writable(s))
+        return -1;
+    uint32_t length = _mstr_measure(s);
+    if (end > length || start > end)
+        return -1;
+    return splice(s, length, start, end, "", 0);
+}
+
+int mstr_trim(mstr *s, uint32_t left, uint32_t right) {
+    if (!writable(s))
+        return -1;
+    uint32_t length = _mstr_measure(s);
+    if (uint64_t{left} + right > length)
+        return -1;
+    return splice(s, length - right, 0, left, "", 0);
+}
+
+int mstr_strip(mstr *s, bool left, bool right) {
+    if (!writable(s))
+        return -1;
+    uint32_t before = _mstr_measure(s), start = 0, end = before;
+    while (left && start < end && space(s->c_str[start]))
+        start++;
+    while (right && end > start && space(s->c_str[end - 1]))
+        end--;
+    splice(s, end, 0, start, "", 0);
+    return static_cast<int>(before - s->lastlen);
+}
+
+int mstr_replace(mstr *s, mstr *old_text, mstr *new_text, uint32_t max_count) {
+    if (s == old_text || s == new_text || old_text == new_text || !writable(s) ||
+        mstr_valid(old_text) != 0 || mstr_valid(new_text) != 0)
+        return -1;
+    uint32_t old_length = _mstr_measure(old_text), new_length = _mstr_measure(new_text);
+    int count = 0;
+    for (int at = mstr_find(s, 0, old_text); at >= 0;) {
+        uint32_t start = static_cast<uint32_t>(at);
+        if (mstr_erase(s, start, start + old_length) != 0 || mstr_insert(s, start, new_text) != 0)
+            return -1;
+        count++;
+        if (max_count != 0 && static_cast<uint32_t>(count) == max_count)
+            break;
+        at = mstr_find(s, start + new_length, old_text);
+    }
+    return count;
+}
+
+int mstr_reserve(mstr *s, uint32_t capacity) {
+    if (mstr_valid(s) != 0 || s->magic != MSTR_MAGIC_HEAP)
+        return -1;
+    return room_for(s, capacity) ? 0 : -1;
+}
+
+int mstr_extend(mstr *s, uint32_t extra) {
+    if (mstr_valid(s) != 0 || s->magic != MSTR_MAGIC_HEAP)
+        return -1;
+    return room_for(s, uint64_t{_mstr_measure(s)} + extra) ? 0 : -1;
+}
+
+int mstr_find(mstr *s, uint32_t start, mstr *needle) {
+    if (s == needle || mstr_valid(s) != 0 || mstr_valid(needle) != 0)
+        return -1;
+    uint32_t length = _mstr_measure(s);
+    return static_cast<int>(search(s, length, start, needle, _mstr_measure(needle)));
+}
+
+int mstr_find_cstr(mstr *s, uint32_t start, const char *needle) {
+    mstr temporary = {.magic = MSTR_MAGIC_HEAP};
+    int result = mstr_strcpy(&temporary, needle) == 0 ? mstr_find(s, start, &temporary) : -1;
+    mstr_destroy(&temporary);
+    return result;
+}
+
+int mstr_count(mstr *s, mstr *needle) {
+    if (s == needle || mstr_valid(s) != 0 || mstr_valid(needle) != 0)
+        return -1;
+    uint32_t length = _mstr_measure(s), step = _mstr_measure(needle);
+    int count = 0;
+    for (int64_t at = search(s, length, 0, needle, step); at >= 0;
+         at = search(s, length, static_cast<uint32_t>(at) + step, needle, step))
+        count++;
+    return count;
+}
+
+int mstr_partition(mstr *head, mstr *source, mstr *separator) {
+    if (head == source || head == separator || source == separator || !writable(head) ||
+        !writable(source) || mstr_valid(separator) != 0)
+        return -1;
+    uint32_t length = _mstr_measure(source), width = _mstr_measure(separator);
+    int64_t at = search(source, length, 0, separator, width);
+    uint32_t field = at < 0 ? length : static_cast<uint32_t>(at);
+    if (splice(head, 0, 0, 0, source->c_str, field) != 0)
+        return -1;
+    if (at < 0)
+        return mstr_clear(source);
+    return splice(source, length, 0, field + width, "", 0) == 0 ? 1 : -1;
+}
+
+int mstr_partition_cstr(mstr *head, mstr *source, const char *separator) {
+    if (head == nullptr || source == nullptr || lies_inside(head, separator) ||
+        lies_inside(source, separator))
+        return -1;
+    mstr temporary = {.magic = MSTR_MAGIC_HEAP};
+    int result =
+        mstr_strcpy(&temporary, separator) == 0 ? mstr_partition(head, source, &temporary) : -1;
+    mstr_destroy(&temporary);
+    return result;
+}
+
+int mstr_compare(mstr *a, mstr *b) {
+    if (a == b || mstr_valid(a) != 0 || mstr_valid(b) != 0)
+        return -2;
+    // Some C libraries return the difference of two bytes, which could be the -2 of a failure.
+    int order = strcmp(a->c_str, b->c_str);
+    return (order > 0) - (order < 0);
+}
+
+char *mstr_get(mstr *s) {
+    return mstr_valid(s) == 0 ? s->c_str : nullptr;
+}
+
+int mstr_sprintf(mstr *to, const char *format, ...) {
+    if (!writable(to))
+        return -1;
+    va_list arguments, again;
+    va_start(arguments, format);
+    va_copy(again, arguments);
+    int length = vsnprintf(to->c_str, size_t{to->capacity} + 1, format, arguments);
+    if (length >= 0 && static_cast<uint32_t>(length) > to->capacity &&
+        room_for(to, static_cast<uint32_t>(length)))
+        length = vsnprintf(to->c_str, size_t{to->capacity} + 1, format, again);
+    va_end(again);
+    va_end(arguments);
+    if (length < 0)
+        return -1;
+    uint32_t whole = static_cast<uint32_t>(length);
+    to->lastlen = whole < to->capacity ? whole : to->capacity;
+    return length;
+}
+
+int mstr_getdelim(mstr *to, FILE *stream, char delimiter) {
+    if (mstr_clear(to) != 0 || stream == nullptr)
+        return -1;
+    for (uint32_t i = 0;; i++) {
+        if (i == to->capacity && !room_for(to, i + uint64_t{1}))
+            return 1;
+        int c = getc_unlocked(stream);
+        if (c == EOF)
+            return feof(stream) != 0 ? 2 : -1;
+        to->c_str[i] = static_cast<char>(c);
+        to->c_str[i + 1] = '\0';
+        to->lastlen = i + 1;
+        if (to->c_str[i] == delimiter)
+            return 0;
+    }
+}
+
+int mstr_getline(mstr *to, FILE *stream) {
+    return mstr_getdelim(to, stream, '\n');
+}
+
+} // namespace zelta

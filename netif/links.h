@@ -1,0 +1,51 @@
+// The four links as four rows. They differ in data; what a row cannot say is decided by its daemon.
+
+#pragma once
+
+#include <iterator>
+
+#include "netif/paths.h"
+
+namespace zelta {
+
+enum class link_daemon { none, supplicant, pppd };
+
+struct net_link {
+    const char *interface;
+    const char *parse_line; // announces the reading of the IP settings file
+    const char *own_file;   // the link's own settings file, or null
+    link_daemon daemon;     // what must run before the link carries IP traffic
+    const char *route_failure;
+};
+
+// Rows of net_links, and the indexes that release_ip takes.
+enum link_index : unsigned { link_ppp0, link_wlan0, link_bnep0, link_usb0 };
+
+inline constexpr net_link net_links[] = {
+    {.interface = "ppp0",
+     .parse_line = "Parsing IP config file",
+     .own_file = gprs_config,
+     .daemon = link_daemon::pppd,
+     .route_failure = "Failed to disable default gateway for ppp0 interface."},
+    {.interface = "wlan0",
+     .parse_line = "Parsing WLAN IP config file",
+     .own_file = wlan_config,
+     .daemon = link_daemon::supplicant,
+     .route_failure = "Failed to disable default gateway for wlan0 interface."},
+    {.interface = "bnep0",
+     .parse_line = "Parsing IP config file",
+     .own_file = nullptr,
+     .daemon = link_daemon::none,
+     .route_failure = "Failed to disable default gateway for bnep0 interface."},
+    {.interface = "usb0",
+     .parse_line = "Parsing IP config file",
+     .own_file = nullptr,
+     .daemon = link_daemon::none,
+     .route_failure = "Failed to disable default gateway for usb0 interface."},
+};
+static_assert(std::size(net_links) == link_usb0 + 1);
+
+// The row of an interface name, or null.
+const net_link *find_link(const char *interface);
+
+} // namespace zelta

@@ -1,0 +1,32 @@
+#include "netif/run_and_wait.h"
+
+#include <cstdio>
+
+#include "app/exit_status.h"
+#include "process/child.h"
+
+namespace zelta {
+
+run_result run_and_wait(const char *path, const char *const argv[]) {
+    pid_t pid = child_fork();
+    if (pid < 0) {
+        puts("fork fail");
+        return {.ran = false, .status = exit_failed};
+    }
+    if (pid == 0) {
+        child_exec(path, argv);
+        child_end(exec_failed_line, exit_failed);
+    }
+    int status;
+    if (!child_wait(pid, &status)) {
+        puts("parent exit");
+        return {.ran = false, .status = exit_failed};
+    }
+    return {.ran = true, .status = status};
+}
+
+unsigned run_for_status(const char *path, const char *const argv[]) {
+    return static_cast<unsigned>(run_and_wait(path, argv).status);
+}
+
+} // namespace zelta

@@ -1,0 +1,57 @@
+#include "netif/wpa_supplicant.h"
+
+#include <cstdio>
+
+#include <unistd.h>
+
+#include "app/exit_status.h"
+#include "netif/paths.h"
+#include "netif/run_and_wait.h"
+#include "process/privilege.h"
+#include "process/runner.h"
+
+namespace zelta {
+
+namespace {
+
+bool supplicant_runs() {
+    return access(supplicant_socket, R_OK) == 0;
+}
+
+} // namespace
+
+unsigned start_wpa_supplicant() {
+    become_root();
+    const char *const argv[] = {"wpa_supplicant", "-iwlan0", "-c" SETTINGS_DIR "wlan-config", "-B",
+                                nullptr};
+    return run_for_status("/usr/sbin/wpa_supplicant", argv);
+}
+
+int stop_wpa_supplicant() {
+    if (!supplicant_runs())
+        return exit_ok;
+    become_root();
+    if (zelta_system("/usr/sbin/wpa_cli", "wpa_cli", "terminate", nullptr) != 0) {
+        puts("Failed to stop the WPA supplicant.");
+        return exit_failed;
+    }
+    return exit_ok;
+}
+
+int restart_wpa_supplicant(int, char *[]) {
+    if (!supplicant_runs()) {
+        puts("The WPA supplicant is not running.");
+        return exit_ok;
+    }
+    become_root();
+    puts("Stopping the WPA supplicant: ");
+    if (zelta_system("/usr/bin/killall", "killall", "wpa_supplicant", nullptr) != 0) {
+        puts("Failed to stop the WPA supplicant.");
+        return exit_invalid;
+    }
+    sleep(1); // the old one takes its socket away as it ends
+    puts("Starting the WPA supplicant: ");
+    return start_wpa_supplicant() == 0 ? exit_ok : exit_failed;
+}
+
+} // namespace zelta

@@ -1,0 +1,21 @@
+// The WPA supplicant for wlan0, wpa_supplicant(8). It counts as running while its control socket is
+// readable.
+
+#pragma once
+
+namespace zelta {
+
+// Becomes root and starts the supplicant in the background, the Wi-Fi settings file being its
+// configuration. What run_for_status gives.
+unsigned start_wpa_supplicant();
+
+// Asks a running supplicant to end, through wpa_cli(8). exit_ok, also when none runs; exit_failed,
+// after its line, when no child could be created or waited for.
+int stop_wpa_supplicant();
+
+// Command handler: ends a running supplicant with killall(1) and starts it again a second later.
+// exit_ok, also, with a line, when none runs; exit_invalid, after its line, when killall could not
+// be run; exit_failed when the start failed.
+int restart_wpa_supplicant(int argc, char *argv[]);
+
+} // namespace zelta

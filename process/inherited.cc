@@ -1,0 +1,127 @@
+#include "process/inherited.h"
+
+#include <csignal>
+#include <initializer_list>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+namespace zelta {
+
+namespace {
+
+// Signals that the tool ignores and its caller did not. An executed program starts with each signal
+// either ignored or default, so default is what restoring one means.
+sigset_t ignored_here;
+
+void ignore_here(int number) {
+    if (signal(number, SIG_IGN) == SIG_DFL)
+        sigaddset(&ignored_here, number);
+}
+
+struct limit_row {
+    int resource;
+    rlimit limit;
+};
+
+constexpr rlimit unlimited = {.rlim_cur = RLIM_INFINITY, .rlim_max = RLIM_INFINITY};
+
+constexpr limit_row limits[] = {
+    {.resource = RLIMIT_FSIZE, .limit = unlimited},
+    {.resource = RLIMIT_AS, .limit = unlimited},
+    {.resource = RLIMIT_DATA, .limit = unlimited},
+    {.resource = RLIMIT_CPU, .limit = unlimited},
+    {.resource = RLIMIT_RSS, .limit = unlimited},
+    {.resource = RLIMIT_STACK, .limit = {.rlim_cur = 8U << 20, .rlim_max = RLIM_INFINITY}},
+    {.resource = RLIMIT_NOFILE, .limit = {.rlim_cur = 1024, .rlim_max = 4096}},
+    {.resource = RLIMIT_CORE, .limit = {.rlim_cur = 0, .rlim_max = 0}}, // may hold a password
+};
+
+// Where the hard limit cannot be raised, the soft one goes as far as that allows.
+void set_limits() {
+    for (const limit_row &row : limits) {
+        rlimit now;
+        if (setrlimit(row.resource, &row.limit) == 0 || getrlimit(row.resource, &now) != 0)
+            continue;
+        now.rlim_cur = row.limit.rlim_cur < now.rlim_max ? row.limit.rlim_cur : now.rlim_max;
+        setrlimit(row.resource, &now);
+    }
+}
+
+// Kernels before 5.9 cannot close a range. A descriptor may lie above any limit of now, since
+// limits can be lowered after it was opened.
+void close_descriptors() {
+    constexpr int first = STDERR_FILENO + 1, most = 1 << 16;
+    if (syscall(SYS_close_range, first, ~0U, 0) == 0)
+        return;
+    for (int fd = first; fd < most; fd++)
+        close(fd);
+}
+
+void reset_signals() {
+    constexpr itimerval never = {};
+    for (int timer : {ITIMER_REAL, ITIMER_VIRTUAL, ITIMER_PROF})
+        setitimer(static_cast<decltype(ITIMER_REAL)>(timer), &never, nullptr);
+
+    // Ignoring a signal discards one that waits behind the mask; it must not strike when that
+    // opens.
+    for (int number = 1; number < NSIG; number++)
+        signal(number, SIG_IGN);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    for (int number = 1; number < NSIG; number++)
+        signal(number, SIG_DFL);
+
+    // A file size limit is no signal but a short write, which takes the ordinary way of failing.
+    for (int number :
+         {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP, SIGTTOU, SIGALRM, SIGXFSZ, SIGPIPE})
+        ignore_here(number);
+}
+
+void clear_environment() {
+    static char path[] = "PATH=/sbin:/usr/sbin:/bin:/usr/bin";
+    static char *only_path[] = {path, nullptr};
+    environ = only_path;
+}
+
+} // namespace
+
+void keep_standard_descriptors() {
+    pollfd standard[] = {{.fd = STDIN_FILENO, .events = 0, .revents = 0},
+                         {.fd = STDOUT_FILENO, .events = 0, .revents = 0},
+                         {.fd = STDERR_FILENO, .events = 0, .revents = 0}};
+    poll(standard, 3, 0);
+    // The lowest free descriptor is the one that an open gets; it stays open on purpose.
+    for (const pollfd &each : standard)
+        if ((each.revents & POLLNVAL) != 0)
+            open("/dev/null", O_RDWR);
+}
+
+void ignore_broken_pipe() {
+    ignore_here(SIGPIPE);
+}
+
+void distrust_caller() {
+    set_limits();
+    close_descriptors();
+    reset_signals();
+    umask(022);
+    [[maybe_unused]] int directory = chdir("/");
+    setgroups(0, nullptr);
+    clear_environment();
+}
+
+void restore_signals() {
+    for (int number = 1; number < NSIG; number++)
+        if (sigismember(&ignored_here, number) == 1)
+            signal(number, SIG_DFL);
+}
+
+} // namespace zelta

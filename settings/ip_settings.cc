@@ -1,0 +1,99 @@
+#include "settings/ip_settings.h"
+
+#include <cstdio>
+#include <cstring>
+#include <span>
+
+#include "app/exit_status.h"
+
+namespace zelta {
+
+ip_settings in_config;
+
+namespace {
+
+// A key, the field that it fills, and the line printed when it is missing; null for an optional
+// key.
+struct setting {
+    const char *key;
+    const char *ip_settings::*field;
+    const char *complaint;
+};
+
+constexpr setting manual_settings[] = {
+    {.key = "address", .field = &ip_settings::address, .complaint = "No IP address specified"},
+    {.key = "netmask", .field = &ip_settings::netmask, .complaint = "No IP netmask specified"},
+    {.key = "gateway", .field = &ip_settings::gateway, .complaint = "No IP gateway specified"},
+    {.key = "dns", .field = &ip_settings::dns, .complaint = nullptr},
+    {.key = "routes", .field = &ip_settings::routes, .complaint = "No IP routes specified"},
+};
+
+constexpr setting modem_settings[] = {
+    {.key = "device", .field = &ip_settings::device, .complaint = "No serial device specified"},
+    {.key = "user", .field = &ip_settings::user, .complaint = nullptr},
+    {.key = "password", .field = &ip_settings::password, .complaint = nullptr},
+};
+
+constexpr setting script_settings[] = {
+    {.key = "connect",
+     .field = &ip_settings::connect,
+     .complaint = "No connect chat script specified"},
+    {.key = "disconnect",
+     .field = &ip_settings::disconnect,
+     .complaint = "No disconnect chat script specified"},
+};
+
+constexpr const char *secrets_types[] = {"pap", "chap", "srp"}; // in the order of secrets_type
+
+int store_settings(const config_table &table, std::span<const setting> settings) {
+    for (const setting &each : settings) {
+        const char *value = config_lookup(table, each.key);
+        in_config.*each.field = value;
+        if (value == nullptr && each.complaint != nullptr) {
+            puts(each.complaint);
+            return exit_invalid;
+        }
+    }
+    return exit_ok;
+}
+
+int store_secrets_type(const char *name) {
+    for (int type = 0; name != nullptr && type < static_cast<int>(std::size(secrets_types));
+         type++) {
+        if (strcmp(name, secrets_types[type]) == 0) {
+            in_config.secrets_type = type;
+            return exit_ok;
+        }
+    }
+    printf("Unrecognised secrets file type (%s)\n", name != nullptr ? name : "(null)");
+    return exit_invalid;
+}
+
+} // namespace
+
+int val_ip_config_file(const config_table &table) {
+    const char *mode = config_lookup(table, "config");
+    if (mode == nullptr)
+        return exit_invalid;
+    if (strcmp(mode, "auto") == 0) {
+        in_config.ip_mode = ip_mode_auto;
+        return exit_ok;
+    }
+    if (strcmp(mode, "manual") != 0 || store_settings(table, manual_settings) != exit_ok)
+        return exit_invalid;
+    if (strcmp(in_config.routes, "default") != 0) {
+        puts("Default route not specified");
+        return exit_invalid;
+    }
+    in_config.ip_mode = ip_mode_manual;
+    return exit_ok;
+}
+
+int val_gprs_config_file(const config_table &table) {
+    if (store_settings(table, modem_settings) != exit_ok ||
+        store_secrets_type(config_lookup(table, "secrets-file")) != exit_ok)
+        return exit_invalid;
+    return store_settings(table, script_settings);
+}
+
+} // namespace zelta

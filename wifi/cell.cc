@@ -1,0 +1,116 @@
+#include "wifi/cell.h"
+
+#include <cstring>
+
+namespace zelta {
+
+namespace {
+
+constexpr uint32_t description_room = 64;
+constexpr uint32_t block_room = 300;
+constexpr char element_mark[] = "IE:";
+
+// parse_key on its two working strings, which the caller releases.
+unsigned take_value(const char *cell, const char *key, mstr *value, mstr *rest, mstr *head) {
+    if (mstr_strcpy(rest, cell) != 0 || mstr_partition_cstr(head, rest, key) != 1)
+        return 1;
+    // From here on head and rest change roles: the line, then what follows its "=", then the value.
+    if (mstr_partition_cstr(head, rest, "\n") < 0 || mstr_partition_cstr(rest, head, "=") != 1 ||
+        mstr_partition_cstr(rest, head, " ") != 1)
+        return 1;
+    return mstr_assign(value, rest) == 0 ? 0 : 1;
+}
+
+// Whether the "Encryption key" line of the cell reads on. The block is working storage.
+unsigned encryption_flag(mstr *cell, mstr *block) {
+    static constexpr char key_text[] = "Encryption key";
+    mstr key = {.magic = MSTR_MAGIC_CONST, .capacity = 0, .c_str = const_cast<char *>(key_text)};
+    int at = mstr_find(cell, 0, &key);
+    if (at < 0)
+        return 0;
+    // The value stands behind one separator character.
+    uint32_t start = static_cast<uint32_t>(at + mstr_length(&key)) + 1;
+    if (mstr_slice(block, cell, start, start + 3) != 0)
+        return 0;
+    return strncmp(mstr_get(block), "on", 2) == 0 ? 1 : 0;
+}
+
+// Describes the information element that starts at this position of the cell. It ends before the
+// next one that starts on a later line; what does not fit the block is not examined.
+void describe_element(mstr *cell, uint32_t start, unsigned encrypted, mstr *block,
+                      mstr *description) {
+    uint32_t end = static_cast<uint32_t>(mstr_length(cell));
+    int line_end = mstr_find_cstr(cell, start, "\n");
+    int next =
+        line_end < 0 ? -1 : mstr_find_cstr(cell, static_cast<uint32_t>(line_end), element_mark);
+    if (next >= 0)
+        end = static_cast<uint32_t>(next);
+    if (end - start > block_room)
+        end = start + block_room;
+    if (mstr_slice(block, cell, start, end) == 0)
+        parse_auth_block(encrypted, mstr_get(block), description);
+}
+
+} // namespace
+
+unsigned parse_key(const char *cell, const char *key, mstr *value) {
+    mstr rest = {.magic = MSTR_MAGIC_HEAP};
+    mstr head = {.magic = MSTR_MAGIC_HEAP};
+    unsigned result = take_value(cell, key, value, &rest, &head);
+    mstr_destroy(&rest);
+    mstr_destroy(&head);
+    return result;
+}
+
+unsigned parse_auth_block(unsigned encrypted, const char *block, mstr *description) {
+    if (strstr(block, "Unknown") != nullptr || strstr(block, "unknown") != nullptr)
+        return 1;
+    const char *protocol = "UNKNOWN", *cipher = "NONE";
+    if (strstr(block, "WPA ") != nullptr) {
+        protocol = "WPA";
+        cipher = "TKIP";
+    } else if (strstr(block, "WPA2") != nullptr) {
+        protocol = "WPA2";
+        cipher = "CCMP";
+    }
+    if (encrypted == 0)
+        cipher = "NONE";
+    const char *suites = strstr(block, "Authentication Suites");
+    bool enterprise = suites != nullptr && strstr(suites, "802.1") != nullptr;
+
+    char data[mstr_storage(description_room)];
+    mstr element = {.magic = MSTR_MAGIC_GUARDED,
+                    .capacity = description_room,
+                    .c_str = _mstr_init_data(data, description_room, MSTR_MAGIC_GUARDED)};
+    mstr_sprintf(&element, "[%s-%s-%s", protocol, enterprise ? "EAP" : "PSK", cipher);
+    if (strstr(block, "Preauthentication Supported") != nullptr)
+        mstr_strcat(&element, "-preauth");
+    mstr_strcat(&element, "]");
+    if (encrypted == 0)
+        mstr_strcat(&element, "[IBSS]");
+    mstr_append(description, &element);
+    return 0;
+}
+
+unsigned parse_wifi_encryption(char *cell, mstr *description) {
+    const uint32_t length = static_cast<uint32_t>(strlen(cell));
+    mstr text = {.magic = MSTR_MAGIC_CSTR,
+                 .capacity = length,
+                 .c_str = _mstr_init_buffer(cell, size_t{length} + 1)};
+    char data[mstr_storage(block_room)];
+    mstr block = {.magic = MSTR_MAGIC_GUARDED,
+                  .capacity = block_room,
+                  .c_str = _mstr_init_data(data, block_room, MSTR_MAGIC_GUARDED)};
+    const unsigned encrypted = encryption_flag(&text, &block);
+    int at = mstr_find_cstr(&text, 0, element_mark);
+    if (at < 0)
+        mstr_strcat(description, encrypted != 0 ? "[WEP]" : "[NONE]");
+    while (at >= 0) {
+        uint32_t start = static_cast<uint32_t>(at);
+        describe_element(&text, start, encrypted, &block, description);
+        at = mstr_find_cstr(&text, start + 1, element_mark);
+    }
+    return 0;
+}
+
+} // namespace zelta
