@@ -14,7 +14,7 @@ void move_unit(char *to, const char *from, size_t size) {
 }
 
 char *unit_at(const mbuf *b, uint32_t index) {
-    return static_cast<char *>(b->bufptr) + size_t{b->unitsize} * index;
+    return &static_cast<char *>(b->bufptr)[size_t{b->unitsize} * index];
 }
 
 // The common check of an operation on two arrays.
@@ -179,21 +179,26 @@ void merge_rounds(mbuf *b, mbuf *scratch, mbuf_cmp_fn compare) {
     }
 }
 
-// The size specialisations worth having: integers, pointers, and small records.
-template <typename Operation>
-void by_unitsize(uint32_t unitsize, Operation operation) {
-    switch (unitsize) {
-    case 4:
-        return operation.template operator()<4>();
-    case 8:
-        return operation.template operator()<8>();
-    case 16:
-        return operation.template operator()<16>();
-    case 64:
-        return operation.template operator()<64>();
-    default:
-        return operation.template operator()<0>();
-    }
+// What differs with the unit size.
+struct unit_operations {
+    uint32_t unitsize;
+    void (*reverse)(mbuf *b);
+    void (*merge)(mbuf *b, mbuf *scratch, mbuf_cmp_fn compare);
+};
+
+template <size_t Size>
+constexpr unit_operations operations_for = {
+    .unitsize = Size, .reverse = reverse_units<Size>, .merge = merge_rounds<Size>};
+
+// The sizes worth knowing: integers, pointers, and small records.
+constexpr unit_operations known_sizes[] = {operations_for<4>, operations_for<8>, operations_for<16>,
+                                           operations_for<64>};
+
+const unit_operations &operations_of(const mbuf *b) {
+    for (const unit_operations &known : known_sizes)
+        if (known.unitsize == b->unitsize)
+            return known;
+    return operations_for<0>;
 }
 
 } // namespace
@@ -202,7 +207,7 @@ int mbuf_reverse(mbuf *b) {
     if (mbuf_valid(b) != 0)
         return -1;
     if (b->used > 1)
-        by_unitsize(b->unitsize, [&]<size_t Size>() { reverse_units<Size>(b); });
+        operations_of(b).reverse(b);
     return 0;
 }
 
@@ -212,7 +217,7 @@ int mbuf_sort(mbuf *b, mbuf_cmp_fn compare) {
         mbuf_create(&scratch, b->unitsize, b->used) != 0)
         return -1;
     mbuf_assign(&scratch, b);
-    by_unitsize(b->unitsize, [&]<size_t Size>() { merge_rounds<Size>(b, &scratch, compare); });
+    operations_of(b).merge(b, &scratch, compare);
     return mbuf_destroy(&scratch);
 }
 

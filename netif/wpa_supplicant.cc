@@ -14,6 +14,8 @@ namespace zelta {
 
 namespace {
 
+constexpr char configuration[] = "-c" SETTINGS_DIR "wlan-config";
+
 bool supplicant_runs() {
     return access(supplicant_socket, R_OK) == 0;
 }
@@ -22,8 +24,7 @@ bool supplicant_runs() {
 
 unsigned start_wpa_supplicant() {
     become_root();
-    const char *const argv[] = {"wpa_supplicant", "-iwlan0", "-c" SETTINGS_DIR "wlan-config", "-B",
-                                nullptr};
+    const char *const argv[] = {"wpa_supplicant", "-iwlan0", configuration, "-B", nullptr};
     return run_for_status("/usr/sbin/wpa_supplicant", argv);
 }
 

@@ -51,7 +51,8 @@ void remove_record(uint32_t index) {
     pthread_mutex_unlock(&mbuf_mutex);
 }
 
-[[noreturn]] void run_writer(const int ends[2], const char *path, va_list list) {
+// The child of zelta_popen; returns only when the program could not be executed.
+void run_writer(const int ends[2], const char *path, va_list list) {
     close(ends[0]);
     dup2(ends[1], STDOUT_FILENO);
     mbuf arguments;
@@ -61,7 +62,6 @@ void remove_record(uint32_t index) {
     if (vector != nullptr)
         child_exec(path, vector);
     mbuf_destroy(&arguments);
-    child_end("", exec_failed_silently);
 }
 
 } // namespace
@@ -112,6 +112,8 @@ FILE *zelta_popen(const char *path, ...) {
         va_list list;
         va_start(list, path);
         run_writer(ends, path, list);
+        va_end(list);
+        child_end("", exec_failed_silently);
     }
     close(ends[1]);
     FILE *stream = fdopen(ends[0], "r");
