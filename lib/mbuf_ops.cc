@@ -14,7 +14,7 @@ void move_unit(char *to, const char *from, size_t size) {
 }
 
 char *unit_at(const mbuf *b, uint32_t index) {
-    return &static_cast<char *>(b->bufptr)[size_t{b->unitsize} * index];
+    return static_cast<char *>(b->bufptr) + static_cast<size_t>(b->unitsize) * index;
 }
 
 // The common check of an operation on two arrays.
