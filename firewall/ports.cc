@@ -1,12 +1,12 @@
 #include "firewall/ports.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "app/exit_status.h"
 #include "firewall/iptables.h"
+#include "lib/report_error.h"
 
 namespace zelta {
 
@@ -32,9 +32,9 @@ const char *chain_of(const char *direction) {
 unsigned long port_value(const char *text) {
     errno = 0;
     unsigned long value = static_cast<unsigned long>(strtol(text, nullptr, 10));
-    if (errno == 0 && value < port_limit)
+    if (errno != ERANGE && value < port_limit) // a text without digits is an error to some systems
         return value;
-    perror("Destination port conversion failed");
+    report_error("Destination port conversion failed");
     return port_limit;
 }
 

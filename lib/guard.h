@@ -21,7 +21,6 @@ inline constexpr size_t guard_max_size = SIZE_MAX - guards_size - alignof(max_al
 // What a kind of storage allows; each family has a table of these, indexed by its tags.
 struct storage_kind {
     bool guarded = false;   // framed by guard words
-    bool grows = false;     // replaced by larger storage when a result needs it
     bool owned = false;     // allocated and freed by the library
     bool resizable = false; // the count of used units may be set directly
 };

@@ -10,12 +10,12 @@ namespace zelta {
 namespace {
 
 constexpr storage_kind kinds[] = {
-    {.guarded = true, .grows = true, .owned = true}, // HEAP
-    {.guarded = true, .owned = true},                // HEAP_FIXED
-    {.guarded = true},                               // GUARDED
-    {.resizable = true},                             // EXTERN
-    {.resizable = true},                             // EXTERN_DATA
-    {},                                              // EXTERN_LOCKED
+    {.guarded = true, .owned = true}, // HEAP
+    {.guarded = true, .owned = true}, // HEAP_FIXED
+    {.guarded = true},                // GUARDED
+    {.resizable = true},              // EXTERN
+    {.resizable = true},              // EXTERN_DATA
+    {},                               // EXTERN_LOCKED
 };
 constexpr uint32_t kind_count = sizeof kinds / sizeof kinds[0];
 static_assert(MBUF_MAGIC_EXTERN_LOCKED - MBUF_MAGIC_HEAP + 1 == kind_count);
@@ -119,7 +119,7 @@ void *_mbuf_init_buffer(void *storage, size_t size, uint32_t tag) {
 }
 
 void _mbuf_expand(mbuf *b, uint32_t need) {
-    if (!kind_of(b).grows || b->capacity >= need)
+    if (b->magic != MBUF_MAGIC_HEAP || b->capacity >= need)
         return;
     uint32_t capacity = grown_capacity(b->capacity, need, MBUF_MAX_CAPACITY);
     char *grown = capacity == 0 ? nullptr : make_storage(b->unitsize, capacity, b->magic);
@@ -139,8 +139,9 @@ int _mbuf_debug_show(const mbuf *b) {
     printf("mbuf: 0x%08" PRIXPTR "\n", reinterpret_cast<uintptr_t>(b));
     printf("  magic: 0x%08" PRIX32 "\n", b->magic);
     printf("  unitsize: %" PRIu32 "\n", b->unitsize);
-    printf("  used: %" PRIu32 " (%" PRIu32 ")\n", b->used, b->used * b->unitsize);
-    printf("  capacity: %" PRIu32 " (%" PRIu32 ")\n", b->capacity, b->capacity * b->unitsize);
+    printf("  used: %" PRIu32 " (%" PRIu64 ")\n", b->used, uint64_t{b->used} * b->unitsize);
+    printf("  capacity: %" PRIu32 " (%" PRIu64 ")\n", b->capacity,
+           uint64_t{b->capacity} * b->unitsize);
     return printf("  bufptr: 0x%08" PRIXPTR "\n", reinterpret_cast<uintptr_t>(b->bufptr));
 }
 

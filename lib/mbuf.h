@@ -3,13 +3,14 @@
 // first validates its headers with mbuf_valid and refuses one whose tag, counts or guard words are
 // wrong; a unit size of 0 and a size in bytes beyond size_t are wrong too.
 //
-//     mbuf list = {MBUF_MAGIC_HEAP, sizeof(int), 0, 0, nullptr};        grows, storage on first use
+//     mbuf list = {MBUF_MAGIC_HEAP, sizeof(int), 0, 0, nullptr};
 //     mbuf table = {MBUF_MAGIC_HEAP_FIXED, sizeof(int), 0, 20, nullptr};
-//     char data[sizeof(int) * 20 + 8];
 //     mbuf fixed = {MBUF_MAGIC_GUARDED, sizeof(int), 0, 20,
 //                   _mbuf_init_buffer(data, sizeof(int) * 20, MBUF_MAGIC_GUARDED)};
-//     mbuf view = {MBUF_MAGIC_EXTERN, sizeof(int), 3, 20, ints};        3 of 20 units are there
-//     already
+//     mbuf view = {MBUF_MAGIC_EXTERN, sizeof(int), 3, 20, ints};
+//
+// data having sizeof(int) * 20 + guards_size bytes, aligned for int, and ints having room for 20, 3
+// of them in use. The heap kinds get their storage on first use.
 //
 // Units in the library's own storage are aligned for any type. In caller's guarded storage they lie
 // one guard word behind its start: see guard_lead in lib/guard.h.

@@ -1,6 +1,6 @@
-#include <cstring>
-
 #include "lib/mbuf.h"
+
+#include <cstring>
 
 namespace zelta {
 
@@ -30,7 +30,8 @@ bool room_for(mbuf *b, uint64_t need) {
     return b->capacity >= need;
 }
 
-// The one edit: replaces the units [start, end) by count units, which may lie in b itself.
+// The one edit: replaces the units [start, end) by count units. They may lie in b itself, unless
+// units behind end have to move.
 int splice(mbuf *b, uint32_t start, uint32_t end, const void *units, uint32_t count) {
     uint64_t need = uint64_t{b->used} - (end - start) + count;
     uintptr_t offset = reinterpret_cast<uintptr_t>(units) - reinterpret_cast<uintptr_t>(b->bufptr);
@@ -93,9 +94,7 @@ int mbuf_memcpy(mbuf *b, uint32_t index, mref units) {
 }
 
 int mbuf_concat(mbuf *b, mref units) {
-    if (mbuf_valid(b) != 0)
-        return -1;
-    return mbuf_memcpy(b, b->used, units);
+    return mbuf_memcpy(b, mbuf_size(b), units);
 }
 
 int mbuf_push_back(mbuf *b, mref unit) {
@@ -277,18 +276,26 @@ void *mbuf_end(mbuf *b) {
     return mbuf_valid(b) == 0 ? unit_at(b, b->used) : nullptr;
 }
 
+namespace {
+
+// The distance of a unit's pointer, or of the end, from the first unit; false for any other pointer.
+bool offset_of(mbuf *b, const void *unit, size_t *offset) {
+    if (mbuf_valid(b) != 0)
+        return false;
+    *offset = reinterpret_cast<uintptr_t>(unit) - reinterpret_cast<uintptr_t>(b->bufptr);
+    return *offset <= size_t{b->unitsize} * b->used && *offset % b->unitsize == 0;
+}
+
+} // namespace
+
 void *mbuf_next(mbuf *b, const void *unit) {
-    int index = mbuf_index(b, unit);
-    return index < 0 ? nullptr : unit_at(b, static_cast<uint32_t>(index)) + b->unitsize;
+    size_t offset;
+    return offset_of(b, unit, &offset) ? unit_at(b, 0) + offset + b->unitsize : nullptr;
 }
 
 int mbuf_index(mbuf *b, const void *unit) {
-    if (mbuf_valid(b) != 0)
-        return -1;
-    uintptr_t offset = reinterpret_cast<uintptr_t>(unit) - reinterpret_cast<uintptr_t>(b->bufptr);
-    if (offset > size_t{b->unitsize} * b->used || offset % b->unitsize != 0)
-        return -1;
-    return static_cast<int>(offset / b->unitsize);
+    size_t offset;
+    return offset_of(b, unit, &offset) ? static_cast<int>(offset / b->unitsize) : -1;
 }
 
 } // namespace zelta

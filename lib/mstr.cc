@@ -9,11 +9,11 @@ namespace zelta {
 namespace {
 
 constexpr storage_kind kinds[] = {
-    {.guarded = true, .grows = true, .owned = true}, // HEAP
-    {.guarded = true},                               // GUARDED
-    {},                                              // ARRAY
-    {},                                              // CSTR
-    {},                                              // CONST
+    {.guarded = true, .owned = true}, // HEAP
+    {.guarded = true},                // GUARDED
+    {},                               // ARRAY
+    {},                               // CSTR
+    {},                               // CONST
 };
 constexpr uint32_t kind_count = sizeof kinds / sizeof kinds[0];
 static_assert(MSTR_MAGIC_CONST - MSTR_MAGIC_HEAP + 1 == kind_count);
@@ -128,7 +128,7 @@ char *_mstr_init_buffer(char *buffer, size_t size) {
 }
 
 void _mstr_expand(mstr *s, uint32_t need) {
-    if (!kind_of(s).grows || s->capacity >= need)
+    if (s->magic != MSTR_MAGIC_HEAP || s->capacity >= need)
         return;
     uint32_t capacity = grown_capacity(s->capacity, need, MSTR_MAX_CAPACITY);
     char *grown = capacity == 0 ? nullptr : make_storage(capacity);
@@ -153,7 +153,7 @@ int _mstr_debug_show(const mstr *s) {
     printf("  lastlen: %" PRIu32 "\n", s->lastlen);
     printf("  capacity: %" PRIu32 "\n", s->capacity);
     return printf("  c_str: 0x%08" PRIXPTR " \"%s\"\n", reinterpret_cast<uintptr_t>(s->c_str),
-                  s->c_str);
+                  s->c_str != nullptr ? s->c_str : "(null)");
 }
 
 } // namespace zelta

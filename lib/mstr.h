@@ -3,12 +3,14 @@
 // initialised in place (forms below) or by mstr_create. Every operation first validates its headers
 // with mstr_valid and refuses one whose tag, counts or guard words are wrong.
 //
-//     mstr line = {MSTR_MAGIC_HEAP, 0, 0, nullptr};                        grows, storage on first
-//     use char data[256 + 9]; mstr id = {MSTR_MAGIC_GUARDED, 0, 256, _mstr_init_data(data, 256,
-//     MSTR_MAGIC_GUARDED)}; char array[32]; mstr path = {MSTR_MAGIC_ARRAY, 0, 31,
-//     _mstr_init_buffer(array, 32)}; mstr text = {MSTR_MAGIC_CSTR, 0, length, _mstr_init_buffer(p,
-//     length + 1)};     p is writable mstr word = {MSTR_MAGIC_CONST, 0, 0, const_cast<char
-//     *>("literal")};
+//     mstr line = {MSTR_MAGIC_HEAP, 0, 0, nullptr};
+//     mstr id = {MSTR_MAGIC_GUARDED, 0, 256, _mstr_init_data(data, 256, MSTR_MAGIC_GUARDED)};
+//     mstr path = {MSTR_MAGIC_ARRAY, 0, 31, _mstr_init_buffer(array, 32)};
+//     mstr text = {MSTR_MAGIC_CSTR, 0, length, _mstr_init_buffer(p, length + 1)};
+//     mstr word = {MSTR_MAGIC_CONST, 0, 0, const_cast<char *>("literal")};
+//
+// data having mstr_storage(256) bytes, array 32, and p being a writable text of this length. A heap
+// string gets its storage on first use.
 //
 // Only heap strings grow; on the others an operation whose result does not fit fails and leaves the
 // string as it was, except mstr_sprintf and mstr_getdelim, which fill the room there is. Results
@@ -94,7 +96,8 @@ int _mstr_debug_show(const mstr *s);
 
 // --- copying and editing; positions and lengths are characters, ranges are [start, end) ---
 // The same header in two positions is refused. A NUL-terminated text must not be null and must not
-// lie in the storage of the string that is written.
+// lie in the storage of the string that is
+// written; nor may a source string wrap a heap destination's characters.
 
 int mstr_assign(mstr *to, mstr *from);
 int mstr_append(mstr *to, mstr *from);
@@ -144,7 +147,7 @@ char *mstr_get(mstr *s);
 // --- formatting and reading ---
 
 // Formats as printf(3) does. The length of the whole text: above the capacity, the text was cut to
-// that.
+// that. What cannot be formatted at all gives -1, and the text is lost.
 [[gnu::format(printf, 2, 3)]] int mstr_sprintf(mstr *to, const char *format, ...);
 
 // Reads up to and including the delimiter, any other bytes being data: 0 for a whole record, 1 when

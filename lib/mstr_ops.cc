@@ -1,8 +1,8 @@
+#include "lib/mstr.h"
+
 #include <cctype>
 #include <cstdarg>
 #include <cstring>
-
-#include "lib/mstr.h"
 
 namespace zelta {
 
@@ -208,7 +208,7 @@ int mstr_partition(mstr *head, mstr *source, mstr *separator) {
 }
 
 int mstr_partition_cstr(mstr *head, mstr *source, const char *separator) {
-    if (head == nullptr || source == nullptr || lies_inside(head, separator) ||
+    if (!writable(head) || !writable(source) || lies_inside(head, separator) ||
         lies_inside(source, separator))
         return -1;
     mstr temporary = {.magic = MSTR_MAGIC_HEAP};

@@ -70,7 +70,7 @@ int finish_with_pppd(const net_link &link) {
     }
     if (in_config.ip_mode == ip_mode_manual)
         return static_cast<int>(init_network_if(link.interface));
-    printf("%s successful\n", "start_gprs_if");
+    puts("start_gprs_if successful");
     return exit_ok;
 }
 

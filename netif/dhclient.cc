@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <string_view>
 
 #include <unistd.h>
@@ -20,45 +19,30 @@ namespace zelta {
 
 namespace {
 
-// The configuration file: the argument stands between the first two pieces, the host name between
-// the next two.
-constexpr std::string_view conf_pieces[] = {
-    "interface \"",
-    "\" {\n",
-    "\tsend host-name \"",
-    "\";\n",
-    "\trequest subnet-mask, broadcast-address, time-offset, routers,\n",
-    "\t\tdomain-name, domain-name-servers, host-name;\n",
-    "\trequire subnet-mask, domain-name-servers;\n",
-    "}\n",
-};
-
-constexpr size_t fixed_size() {
-    size_t size = 0;
-    for (std::string_view piece : conf_pieces)
-        size += piece.size();
-    return size;
-}
-
-size_t put(std::string_view text, FILE *file) {
-    return fwrite(text.data(), 1, text.size(), file);
-}
-
 // True when every byte went out.
 bool write_conf(std::string_view argument, std::string_view host_name) {
     FILE *file = open_output_file("/etc/dhclient.conf", false);
     if (file == nullptr)
         return false;
-    size_t written = 0;
-    for (size_t i = 0; i < std::size(conf_pieces); i++) {
-        written += put(conf_pieces[i], file);
-        if (i == 0)
-            written += put(argument, file);
-        if (i == 2)
-            written += put(host_name, file);
+    const std::string_view pieces[] = {
+        "interface \"",
+        argument,
+        "\" {\n",
+        "\tsend host-name \"",
+        host_name,
+        "\";\n",
+        "\trequest subnet-mask, broadcast-address, time-offset, routers,\n",
+        "\t\tdomain-name, domain-name-servers, host-name;\n",
+        "\trequire subnet-mask, domain-name-servers;\n",
+        "}\n",
+    };
+    size_t written = 0, wanted = 0;
+    for (std::string_view piece : pieces) {
+        written += fwrite(piece.data(), 1, piece.size(), file);
+        wanted += piece.size();
     }
     fclose(file);
-    return written == argument.size() + host_name.size() + fixed_size();
+    return written == wanted;
 }
 
 } // namespace

@@ -15,7 +15,7 @@ unsigned exec_dhclient(const char *argument);
 int stop_dhclient();
 
 // Command handler: releases the lease of the running client, stops it and starts one for the same
-// interface. exit_ok, else exit_failed after one line; from the reading of the process-id file on,
+// interface. exit_ok, else exit_failed after a line that says why; from the reading of the process-id file on,
 // a failure stops the client.
 int restart_dhclient(int argc, char *argv[]);
 

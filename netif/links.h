@@ -3,6 +3,7 @@
 #pragma once
 
 #include <iterator>
+#include <string_view>
 
 #include "netif/paths.h"
 
@@ -44,6 +45,10 @@ inline constexpr net_link net_links[] = {
      .route_failure = "Failed to disable default gateway for usb0 interface."},
 };
 static_assert(std::size(net_links) == link_usb0 + 1);
+static_assert(std::string_view(net_links[link_ppp0].interface) == "ppp0");
+static_assert(std::string_view(net_links[link_wlan0].interface) == "wlan0");
+static_assert(std::string_view(net_links[link_bnep0].interface) == "bnep0");
+static_assert(std::string_view(net_links[link_usb0].interface) == "usb0");
 
 // The row of an interface name, or null.
 const net_link *find_link(const char *interface);

@@ -1,12 +1,13 @@
 #include "netif/pppd.h"
 
 #include <cstdio>
-#include <cstring>
+#include <iterator>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "app/exit_status.h"
+#include "lib/report_error.h"
 #include "netif/output_file.h"
 #include "netif/paths.h"
 #include "netif/run_and_wait.h"
@@ -21,7 +22,7 @@ namespace {
 constexpr char options_path[] = "/etc/ppp/pppd-config";
 constexpr char peer_resolv_conf[] = "/etc/ppp/resolv.conf";
 
-// In the order of secrets_type.
+// By secrets_kind.
 constexpr const char *secrets_paths[] = {"/etc/ppp/pap-secrets", "/etc/ppp/chap-secrets",
                                          "/etc/ppp/srp-secrets"};
 
@@ -29,7 +30,7 @@ constexpr const char *secrets_paths[] = {"/etc/ppp/pap-secrets", "/etc/ppp/chap-
 int write_options() {
     FILE *file = open_output_file(options_path, false);
     if (file == nullptr) {
-        perror("Open failed");
+        report_error("Open failed");
         return exit_no_file;
     }
     const bool automatic = in_config.ip_mode == ip_mode_auto;
@@ -51,7 +52,7 @@ int write_options() {
 int write_secrets() {
     FILE *file = open_output_file(secrets_paths[in_config.secrets_type], true);
     if (file == nullptr) {
-        perror("Open failed");
+        report_error("Open failed");
         return exit_no_file;
     }
     int written = in_config.user != nullptr
@@ -67,13 +68,13 @@ int take_name_servers() {
     struct stat status;
     for (int check = 1; stat(peer_resolv_conf, &status) != 0; check++) {
         if (check == checks) {
-            perror("/etc/ppp/resolv.conf couldn't be found");
+            report_error("/etc/ppp/resolv.conf couldn't be found");
             return exit_failed;
         }
         sleep(1);
     }
     if (rename(peer_resolv_conf, "/etc/resolv.conf") != 0) {
-        perror("/etc/ppp/resolv.conf move failed");
+        report_error("/etc/ppp/resolv.conf move failed");
         return exit_failed;
     }
     return exit_ok;

@@ -49,10 +49,6 @@ void clear_mode(const net_link &link, int *result) {
     }
 }
 
-void release_address(link_index index, int *result) {
-    note_failure(release_ip(index) != 0, "Failed to release IP address.", result);
-}
-
 int tear_down(link_index index, const char *settings_name) {
     const net_link &link = net_links[index];
     int result = load_settings(settings_name, nullptr, link.parse_line);
@@ -73,7 +69,7 @@ int tear_down(link_index index, const char *settings_name) {
         return result;
     if (by_pppd)
         clear_mode(link, &result);
-    release_address(index, &result);
+    note_failure(release_ip(index) != 0, "Failed to release IP address.", &result);
     return result;
 }
 

@@ -16,11 +16,11 @@ namespace {
 
 constexpr char configuration[] = "-c" SETTINGS_DIR "wlan-config";
 
+} // namespace
+
 bool supplicant_runs() {
     return access(supplicant_socket, R_OK) == 0;
 }
-
-} // namespace
 
 unsigned start_wpa_supplicant() {
     become_root();

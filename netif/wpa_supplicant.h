@@ -1,9 +1,11 @@
-// The WPA supplicant for wlan0, wpa_supplicant(8). It counts as running while its control socket is
-// readable.
+// The WPA supplicant for wlan0, wpa_supplicant(8).
 
 #pragma once
 
 namespace zelta {
+
+// True while the supplicant's control socket is readable.
+bool supplicant_runs();
 
 // Becomes root and starts the supplicant in the background, the Wi-Fi settings file being its
 // configuration. What run_for_status gives.

@@ -17,10 +17,10 @@ pid_t child_fork() {
 void child_exec(const char *path, const char *const argv[]) {
     restore_signals();
     execv(path, const_cast<char *const *>(argv));
+    ignore_broken_pipe(); // what is left to say and the exit status need no reader
 }
 
 void child_end(std::string_view text, int status) {
-    // Whoever reads standard output may be gone; the status tells all the same.
     [[maybe_unused]] ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
     _exit(status);
 }

@@ -5,7 +5,6 @@
 
 #include <fcntl.h>
 #include <grp.h>
-#include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -54,8 +53,9 @@ void set_limits() {
     }
 }
 
-// Kernels before 5.9 cannot close a range. A descriptor may lie above any limit of now, since
-// limits can be lowered after it was opened.
+// A descriptor may lie above any limit of now, since limits can be lowered after it was opened.
+// Kernels before 5.9 cannot close a range; there, those below a bound that no device needs to raise
+// are closed one by one.
 void close_descriptors() {
     constexpr int first = STDERR_FILENO + 1, most = 1 << 16;
     if (syscall(SYS_close_range, first, ~0U, 0) == 0)
@@ -67,7 +67,7 @@ void close_descriptors() {
 void reset_signals() {
     constexpr itimerval never = {};
     for (int timer : {ITIMER_REAL, ITIMER_VIRTUAL, ITIMER_PROF})
-        setitimer(static_cast<decltype(ITIMER_REAL)>(timer), &never, nullptr);
+        setitimer(timer, &never, nullptr);
 
     // Ignoring a signal discards one that waits behind the mask; it must not strike when that
     // opens.
@@ -94,13 +94,9 @@ void clear_environment() {
 } // namespace
 
 void keep_standard_descriptors() {
-    pollfd standard[] = {{.fd = STDIN_FILENO, .events = 0, .revents = 0},
-                         {.fd = STDOUT_FILENO, .events = 0, .revents = 0},
-                         {.fd = STDERR_FILENO, .events = 0, .revents = 0}};
-    poll(standard, 3, 0);
     // The lowest free descriptor is the one that an open gets; it stays open on purpose.
-    for (const pollfd &each : standard)
-        if ((each.revents & POLLNVAL) != 0)
+    for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(fd, F_GETFD) < 0)
             open("/dev/null", O_RDWR);
 }
 

@@ -69,7 +69,7 @@ void run_writer(const int ends[2], const char *path, va_list list) {
 int zelta_system_argv(const char *path, const char *const argv[]) {
     pid_t pid = child_fork();
     if (pid < 0) {
-        printf("Call to fork failed in %s, error %i", "zelta_system_argv", errno);
+        printf("Call to fork failed in zelta_system_argv, error %i", errno);
         return -1;
     }
     if (pid == 0) {

@@ -6,6 +6,7 @@
 
 #include "app/exit_status.h"
 #include "lib/mstr.h"
+#include "lib/report_error.h"
 
 namespace zelta {
 
@@ -18,12 +19,14 @@ namespace {
 bool store_entry(config_pair &entry, mstr *line, mstr *key, mstr *value) {
     if (mstr_partition_cstr(key, line, "=") < 0 || mstr_partition_cstr(value, line, "\n") < 0)
         return false;
-    entry.key = strdup(mstr_get(key));
-    entry.value = strdup(mstr_get(value));
-    if (entry.key != nullptr && entry.value != nullptr)
+    char *key_copy = strdup(mstr_get(key));
+    char *value_copy = strdup(mstr_get(value));
+    if (key_copy != nullptr && value_copy != nullptr) {
+        entry = {.key = key_copy, .value = value_copy};
         return true;
-    free(entry.key);
-    free(entry.value);
+    }
+    free(key_copy);
+    free(value_copy);
     return false;
 }
 
@@ -32,7 +35,7 @@ bool store_entry(config_pair &entry, mstr *line, mstr *key, mstr *value) {
 int parse_config_file(const char *path, config_table &table) {
     FILE *file = fopen(path, "re");
     if (file == nullptr) {
-        perror("Open failed\n");
+        report_error("Open failed\n");
         return exit_no_file;
     }
     mstr line = {.magic = MSTR_MAGIC_HEAP};

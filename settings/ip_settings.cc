@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <span>
 
 #include "app/exit_status.h"
@@ -43,7 +44,8 @@ constexpr setting script_settings[] = {
      .complaint = "No disconnect chat script specified"},
 };
 
-constexpr const char *secrets_types[] = {"pap", "chap", "srp"}; // in the order of secrets_type
+// By secrets_kind.
+constexpr const char *secrets_types[] = {"pap", "chap", "srp"};
 
 int store_settings(const config_table &table, std::span<const setting> settings) {
     for (const setting &each : settings) {

@@ -12,9 +12,9 @@ namespace zelta {
 // that is not found or does not fit.
 unsigned parse_key(const char *cell, const char *key, mstr *value);
 
-// Appends the description of one information element, such as "[WPA2-PSK-CCMP]", when description
-// can hold it whole: 0. An element that the listing calls unknown is passed over: 1. encrypted is
-// the flag of the cell, 0 for off.
+// Appends the description of one information element, such as "[WPA2-PSK-CCMP]", or nothing when
+// description cannot hold it whole: 0. An element that the listing calls unknown is passed over: 1.
+// encrypted is the flag of the cell, 0 for off.
 unsigned parse_auth_block(unsigned encrypted, const char *block, mstr *description);
 
 // Appends the description of the cell's security: "[WEP]" or "[NONE]" for a cell without

@@ -3,11 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include <unistd.h>
-
 #include "app/exit_status.h"
 #include "lib/mstr.h"
-#include "netif/paths.h"
 #include "netif/wpa_supplicant.h"
 #include "process/privilege.h"
 #include "process/runner.h"
@@ -136,7 +133,7 @@ int scan() {
 
 int wifi_scan(int, char *[]) {
     become_root();
-    if (access(supplicant_socket, R_OK) == 0)
+    if (supplicant_runs())
         return scan();
     if (zelta_system("/usr/sbin/wpa_supplicant", "wpa_supplicant", "-iwlan0", "-C",
                      "/var/run/wpa_supplicant", "-B", nullptr) != 0) {
