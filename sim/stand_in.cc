@@ -1,0 +1,221 @@
+// Stands at the path of every program of the simulated device and leaves the work to the script
+// /usr/lib/sim/NAME (a script at that path would not do: starting an interpreter loses argument 0).
+// First the start is traced. Then a reply file may take the script's place: its first line says how
+// to end, the rest is printed as it stands. Started with SIM_DAEMON set, as the scripts do, it is
+// the daemon of that name: it goes to the background and lives until it is interrupted.
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/auxv.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <initializer_list>
+
+namespace {
+
+char script[128]; // the behaviour; for a daemon, what it becomes when it is told to end
+char path_variable[] = "PATH=/usr/sbin:/usr/bin";
+char *plain_environment[] = {path_variable, nullptr}; // scripts act alike whoever the caller is
+
+// One write, so that the lines of two programs never mix. Opened without blocking, because opening
+// a pipe that nobody reads any more would wait for ever; the text is then lost, and nobody dies.
+void append(const char *path, int flags, const char *text, size_t size) {
+    const int file = open(path, O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC | flags, 0644);
+    if (file < 0)
+        return;
+    fcntl(file, F_SETFL, O_APPEND);
+    const auto inherited = signal(SIGPIPE, SIG_IGN);
+    if (write(file, text, size) < 0 && errno != EPIPE)
+        perror(path);
+    signal(SIGPIPE, inherited);
+    close(file);
+}
+
+void put_argument(FILE *out, const char *text) {
+    bool plain = *text != '\0';
+    for (const char *c = text; *c != '\0'; c++)
+        plain = plain && *c > ' ' && *c < 127 && *c != '\'' && *c != '"';
+    if (plain) {
+        fputs(text, out);
+        return;
+    }
+    fputc('\'', out);
+    for (const char *c = text; *c != '\0'; c++) {
+        if (*c == '\n')
+            fputs("\\n", out);
+        else if (*c == '\t')
+            fputs("\\t", out);
+        else if (*c == '\'' || *c == '\\')
+            fprintf(out, "\\%c", *c);
+        else
+            fprintf(out, *c >= ' ' && *c < 127 ? "%c" : "\\x%02x", static_cast<unsigned char>(*c));
+    }
+    fputc('\'', out);
+}
+
+void trace(char **argv) {
+    char *text = nullptr;
+    size_t size = 0;
+    FILE *out = open_memstream(&text, &size);
+    fputc('$', out);
+    for (; *argv != nullptr; argv++) {
+        fputc(' ', out);
+        put_argument(out, *argv);
+    }
+    fputc('\n', out);
+    fclose(out);
+    append("/run/sim/trace", 0, text, size);
+    free(text);
+}
+
+void report_descriptors(FILE *out) {
+    DIR *directory = opendir("/proc/self/fd");
+    while (const dirent *entry = readdir(directory))
+        if (entry->d_name[0] != '.' && atoi(entry->d_name) != dirfd(directory))
+            fprintf(out, "fd %s\n", entry->d_name);
+    closedir(directory);
+}
+
+void report_status(FILE *out) {
+    const struct {
+        const char *key, *name;
+    } rows[] = {{"Umask:", "umask"},   {"Uid:", "uid"},        {"Gid:", "gid"},
+                {"Groups:", "groups"}, {"SigBlk:", "blocked"}, {"SigIgn:", "ignored"}};
+    char line[1024];
+    FILE *status = fopen("/proc/self/status", "re");
+    while (fgets(line, sizeof line, status) != nullptr)
+        for (const auto &[key, name] : rows)
+            if (strncmp(line, key, strlen(key)) == 0) {
+                fputs(name, out);
+                for (char *word = strtok(line + strlen(key), " \t\n"); word != nullptr;
+                     word = strtok(nullptr, " \t\n"))
+                    fprintf(out, " %s", word);
+                fputc('\n', out);
+            }
+    fclose(status);
+}
+
+void report_limits(FILE *out) {
+    const struct {
+        const char *name;
+        __rlimit_resource resource;
+    } rows[] = {{"core", RLIMIT_CORE},   {"fsize", RLIMIT_FSIZE}, {"nofile", RLIMIT_NOFILE},
+                {"stack", RLIMIT_STACK}, {"as", RLIMIT_AS},       {"data", RLIMIT_DATA},
+                {"cpu", RLIMIT_CPU},     {"rss", RLIMIT_RSS}};
+    for (const auto &[name, resource] : rows) {
+        rlimit value;
+        getrlimit(resource, &value); // soft and hard, -1 when there is none
+        fprintf(out, "limit %s %ld %ld\n", name, static_cast<long>(value.rlim_cur),
+                static_cast<long>(value.rlim_max));
+    }
+    itimerval timer;
+    getitimer(ITIMER_REAL, &timer);
+    fprintf(out, "alarm %s\n", timerisset(&timer.it_value) ? "set" : "none");
+}
+
+// What this program inherited, gathered before the report's own file is opened.
+void report(const char *name) {
+    char *text = nullptr;
+    size_t size = 0;
+    FILE *out = open_memstream(&text, &size);
+    char directory[4096] = "?";
+    fprintf(out, "report %s\ncwd %s\n", name, getcwd(directory, sizeof directory));
+    report_descriptors(out);
+    report_status(out);
+    report_limits(out);
+    size_t count = 0;
+    while (environ[count] != nullptr)
+        count++;
+    qsort(environ, count, sizeof *environ, [](const void *left, const void *right) {
+        return strcmp(*static_cast<char *const *>(left), *static_cast<char *const *>(right));
+    });
+    for (size_t i = 0; i < count; i++)
+        fprintf(out, "env %s\n", environ[i]);
+    fclose(out);
+    append("/run/sim/report", O_CREAT, text, size);
+    free(text);
+}
+
+[[noreturn]] void die_by(int number) {
+    prctl(PR_SET_DUMPABLE, 0); // a core file would leave its flag in the wait status
+    sigset_t mask;
+    sigemptyset(&mask);
+    sigaddset(&mask, number);
+    signal(number, SIG_DFL);
+    sigprocmask(SIG_UNBLOCK, &mask, nullptr);
+    raise(number);
+    _exit(125);
+}
+
+// Ends the process as the reply says; returns when there is none, or when it asks for a report.
+void obey_reply(const char *name) {
+    char path[128];
+    char order[32] = "";
+    char rest[4096];
+    int number = 0;
+    snprintf(path, sizeof path, "/run/sim/reply/%s", name);
+    FILE *reply = fopen(path, "re");
+    if (reply == nullptr)
+        return;
+    if (fgets(order, sizeof order, reply) != nullptr && strcmp(order, "report\n") == 0) {
+        fclose(reply);
+        report(name);
+        return;
+    }
+    for (size_t count; (count = fread(rest, 1, sizeof rest, reply)) > 0;)
+        fwrite(rest, 1, count, stdout);
+    fflush(stdout);
+    if (sscanf(order, "signal %d", &number) == 1)
+        die_by(number);
+    if (sscanf(order, "exit %d", &number) != 1 && strcmp(order, "print\n") != 0) {
+        fprintf(stderr, "%s: no such reply: %s", path, order);
+        number = 125;
+    }
+    _exit(number);
+}
+
+void stop(int number) {
+    char *argv[] = {script, nullptr};
+    execve(script, argv, plain_environment);
+    die_by(number);
+}
+
+// The caller gets the daemon's process id on standard output and finds the daemon ready.
+int serve() {
+    for (const int number : {SIGINT, SIGTERM})
+        if (signal(number, stop) == SIG_IGN)
+            signal(number, SIG_IGN); // as inherited: who starts daemons deaf shall see it
+    const pid_t daemon_pid = fork();
+    if (daemon_pid != 0)
+        return daemon_pid < 0 || printf("%d\n", daemon_pid) < 0;
+    setsid();
+    const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (const int standard : {0, 1, 2})
+        dup2(null, standard);
+    for (;;)
+        pause();
+}
+} // namespace
+
+int main(int, char **argv) {
+    const char *path = reinterpret_cast<const char *>(getauxval(AT_EXECFN));
+    const char *slash = strrchr(path, '/');
+    const char *name = slash != nullptr ? slash + 1 : path;
+    if (getenv("SIM_DAEMON") != nullptr) {
+        snprintf(script, sizeof script, "/usr/lib/sim/%s-stop", name);
+        return serve();
+    }
+    trace(argv);
+    obey_reply(name);
+    snprintf(script, sizeof script, "/usr/lib/sim/%s", name);
+    execve(script, argv, plain_environment);
+    perror(script);
+    return 127;
+}

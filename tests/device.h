@@ -1,0 +1,55 @@
+// Runs the real binary in a fresh simulated device and tells what happened there, as one
+// transcript: the lines of the tool and, between them, the programs that it ran ("$ iptables -A
+// INPUT ..."), then "status N". The banner, which every run begins with, is checked and taken off;
+// changing process ids read as N.
+
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace zelta::test {
+
+// Folders of the device: settings files, and replies that stand-ins give instead of doing their
+// work.
+#define SETTINGS "/home/main-user/.ip_config/"
+#define REPLY "/run/sim/reply/"
+
+struct device_run {
+    std::string name = {};
+    std::vector<std::string> arguments = {};
+    std::vector<std::pair<std::string, std::string>> files = {}; // path and text
+    std::string before = {}; // shell commands, run as root before the tool
+    std::string after = {};  // shell commands whose output ends the transcript
+    std::string faults =
+        {}; // lines "function n errno": its n-th call fails; sleeping takes no time
+    std::string launcher = {}; // a command that starts the tool, such as "setpriv ... --"
+    std::string tool = {};     // the binary; the sanitized one by default
+};
+
+// Runs the rows one after another, each in a device of its own.
+std::string transcript(const device_run &run);
+
+// Runs a shell script in one device, for many runs of the tool at once; what it printed.
+std::string device_shell(const std::string &script, const device_run &device = {});
+
+struct expected_run {
+    device_run run;
+    std::string transcript;
+};
+
+void expect_transcripts(const std::vector<expected_run> &rows);
+
+// What the tool reports, after the line of the program, on a packet filter that ended normally.
+std::string filter(const std::string &arguments, int status = 0);
+
+// Skips aloud where the machine does not allow the device's namespaces.
+class DeviceTest : public testing::Test {
+protected:
+    void SetUp() override;
+};
+
+} // namespace zelta::test

@@ -1,0 +1,96 @@
+#include "tests/device.h"
+
+namespace zelta::test {
+
+namespace {
+
+const std::string as_500 = "setpriv --reuid 500 --regid 500 --clear-groups --";
+const std::string as_stranger = "setpriv --reuid 501 --regid 501 --clear-groups --";
+
+const std::string usage = R"(
+Usage: zelta-ip <option> <parameters>
+Where:
+    <option>                 <parameters>
+    --domainname             <domain name>
+    --hostname               <host name>
+    --start-gprs-if          <config file>
+    --start-wifi-if          <config file>
+    --start-bluetooth-pan-if    <config file>
+    --start-usb-eth-if       <config file>
+    --stop-gprs-if           <config file>
+    --stop-wifi-if           <config file>
+    --stop-bluetooth-pan-if    <config file>
+    --stop-usb-eth-if        <config file>
+    --wifi-scan              )"
+                          R"(
+    --restart-dhclient       )"
+                          R"(
+    --restart-wpa-supplicant    )"
+                          R"(
+    --open-port              <tcp|udp> <port> <in|out> [<addr range>]
+    --close-port             <tcp|udp> <port> <in|out> [<addr range>]
+    --open-ping              <in|out> [<addr range>]
+    --close-ping             <in|out> [<addr range>]
+status 1
+)";
+
+using FrontEnd = DeviceTest;
+
+TEST_F(FrontEnd, ListsItsCommandsForWhateverItDoesNotServe) {
+    expect_transcripts({
+        {{.name = "nothing asked"}, usage},
+        {{.name = "user 500", .arguments = {"--HOSTNAME"}, .launcher = as_500}, usage},
+        {{.name = "prefix", .arguments = {"--host"}}, usage},
+        {{.name = "one parameter too many", .arguments = {"--hostname", "a", "b"}}, usage},
+        {{.name = "one for none", .arguments = {"--wifi-scan", "x"}}, usage},
+        {{.name = "one too few", .arguments = {"--start-usb-eth-if"}}, usage},
+        {{.name = "ports need three", .arguments = {"--open-port", "tcp", "80"}}, usage},
+        {{.name = "two at most", .arguments = {"--close-ping", "in", "::/0", "x"}}, usage},
+    });
+}
+
+TEST_F(FrontEnd, RefusesStrangersBeforeItLooksAtArguments) {
+    expect_transcripts({
+        {{.name = "no argument", .launcher = as_stranger}, "Access denied.\nstatus 3\n"},
+        {{.name = "a command",
+          .arguments = {"--hostname", "owned"},
+          .after = "cat /proc/sys/kernel/hostname",
+          .launcher = as_stranger},
+         "Access denied.\nstatus 3\nzelta\n"},
+    });
+}
+
+TEST_F(FrontEnd, ShowsAndSetsTheKernelsNames) {
+    const std::string show = "cat /proc/sys/kernel/hostname /proc/sys/kernel/domainname";
+    const std::string longest(255, 'a'), kernels_longest(64, 'a');
+    auto set = [&](const std::string &option, const std::string &name, const std::string &outcome,
+                   const std::string &launcher = "") {
+        return expected_run{{.name = option + name,
+                             .arguments = {option, name},
+                             .before = "domainname home",
+                             .after = show,
+                             .launcher = launcher},
+                            outcome};
+    };
+    expect_transcripts({
+        {{.name = "host", .arguments = {"--hostname"}, .launcher = as_500}, "zelta\nstatus 0\n"},
+        {{.name = "domain", .arguments = {"--domainname"}}, "(none)\nstatus 0\n"},
+        {{.name = "unreadable", .arguments = {"--hostname"}, .faults = "gethostname 1 14"},
+         "status 4\n"},
+        set("--hostname", "a-1.B", "status 0\na-1.B\nhome\n", as_500),
+        set("--domainname", "lan.example", "status 0\nzelta\nlan.example\n", as_500),
+        set("--hostname", "", "status 0\n\nhome\n"),
+        set("--hostname", "-.-", "status 0\n-.-\nhome\n"),
+        set("--hostname", kernels_longest, "status 0\n" + kernels_longest + "\nhome\n"),
+        set("--hostname", longest, "status 1\nzelta\nhome\n"),
+        set("--domainname", longest + "a", "status 1\nzelta\nhome\n"),
+        set("--hostname", "under_score", "status 1\nzelta\nhome\n"),
+        set("--hostname", "b\xE4r", "status 1\nzelta\nhome\n"),
+        set("--domainname", "a/b", "status 1\nzelta\nhome\n"),
+        set("--domainname", "a b", "status 1\nzelta\nhome\n"),
+    });
+}
+
+} // namespace
+
+} // namespace zelta::test
