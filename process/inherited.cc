@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <grp.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -94,9 +95,14 @@ void clear_environment() {
 } // namespace
 
 void keep_standard_descriptors() {
+    // One call tells about all three, but not for a caller with a limit of fewer descriptors.
+    pollfd standard[] = {{.fd = STDIN_FILENO, .events = 0, .revents = 0},
+                         {.fd = STDOUT_FILENO, .events = 0, .revents = 0},
+                         {.fd = STDERR_FILENO, .events = 0, .revents = 0}};
+    bool known = poll(standard, 3, 0) >= 0;
     // The lowest free descriptor is the one that an open gets; it stays open on purpose.
-    for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        if (fcntl(fd, F_GETFD) < 0)
+    for (const pollfd &each : standard)
+        if (known ? (each.revents & POLLNVAL) != 0 : fcntl(each.fd, F_GETFD) < 0)
             open("/dev/null", O_RDWR);
 }
 
