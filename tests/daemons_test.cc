@@ -25,8 +25,7 @@ TEST_F(Daemons, DhclientRestartServesTheSameInterface) {
 TEST_F(Daemons, DhclientRestartStopsAClientItCannotRestart) {
     auto restart = [](const std::string &before, const std::string &outcome,
                       const std::string &faults = "", const std::string &dhclient = "exit 0\n") {
-        return expected_run{{.name = before + faults,
-                             .arguments = {"--restart-dhclient"},
+        return expected_run{{.arguments = {"--restart-dhclient"},
                              .files = {{REPLY "dhclient", dhclient}, {REPLY "ps", "print\n"}},
                              .before = before,
                              .after = "ls /var/run/dhclient.pid 2>/dev/null",
@@ -59,12 +58,11 @@ TEST_F(Daemons, DhclientRestartStopsAClientItCannotRestart) {
 }
 
 TEST_F(Daemons, SupplicantRestart) {
-    auto restart = [](const std::string &name, const std::string &before,
-                      const std::string &outcome, const std::string &faults = "none 1 1",
+    auto restart = [](const std::string &before, const std::string &outcome,
+                      const std::string &faults = "none 1 1",
                       const std::string &start = "exit 0\n") {
         return expected_run{
-            {.name = name,
-             .arguments = {"--restart-wpa-supplicant"},
+            {.arguments = {"--restart-wpa-supplicant"},
              .files = {{REPLY "killall", "exit 1\n"}, {REPLY "wpa_supplicant", start}},
              .before = before,
              .faults = faults},
@@ -76,10 +74,10 @@ TEST_F(Daemons, SupplicantRestart) {
                                            "$ wpa_supplicant -iwlan0 -c" SETTINGS
                                            "wlan-config -B\n";
     expect_transcripts({
-        restart("none runs", "", "The WPA supplicant is not running.\nstatus 0\n"),
-        restart("killall's own status does not count", marker, started + "status 0\n"),
-        restart("no start", marker, started + "status 4\n", "none 1 1", "signal 9\n"),
-        restart("no fork", marker,
+        restart("", "The WPA supplicant is not running.\nstatus 0\n"),
+        restart(marker, started + "status 0\n"),
+        restart(marker, started + "status 4\n", "none 1 1", "signal 9\n"),
+        restart(marker,
                 stopping + "Call to fork failed in zelta_system_argv, error 11"
                            "Failed to stop the WPA supplicant.\nstatus 1\n",
                 "fork 1 11"),
@@ -114,7 +112,7 @@ for i in 1 2 3 4 5; do kill -0 "${pids[i]}" 2>/dev/null && echo "$i lives"; done
     const std::string gone = "Could not kill process - 999999 because of No such process\n";
     auto outcome = [&](const std::string &length) {
         std::string output =
-            device_shell("LENGTH=" + length + script, {.files = {{REPLY "dhclient", "exit 0\n"}}});
+            device_shell("LENGTH=" + length + script, {.replies = "dhclient exit 0"});
         return output.substr(output.find("Could not"));
     };
     const std::string next = "terminated normally status=0\n";

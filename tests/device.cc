@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include <sys/wait.h>
 
@@ -66,6 +67,12 @@ outcome run_in_device(const std::string &script, const device_run &run) {
     overlay files;
     for (const auto &[path, text] : run.files)
         files.add(path, text);
+    for (std::stringstream replies(run.replies); replies >> std::ws;) {
+        std::string program, answer;
+        replies >> program >> std::ws;
+        std::getline(replies, answer, ',');
+        files.add(REPLY + program, answer + "\n");
+    }
     if (!run.faults.empty())
         files.add("/run/sim/faults", run.faults);
     files.add("/run/sim/row", script);
@@ -101,7 +108,13 @@ std::string device_shell(const std::string &script, const device_run &device) {
 
 void expect_transcripts(const std::vector<expected_run> &rows) {
     for (const expected_run &row : rows) {
-        SCOPED_TRACE(row.run.name);
+        std::string label;
+        for (const std::string &argument : row.run.arguments)
+            label += argument + " ";
+        for (const auto &[path, text] : row.run.files)
+            label += "| " + text.substr(0, 200);
+        SCOPED_TRACE(label + "| " + row.run.replies + "| " + row.run.before + "| " +
+                     row.run.faults);
         EXPECT_EQ(transcript(row.run), row.transcript);
     }
 }

@@ -19,11 +19,11 @@ namespace zelta::test {
 #define REPLY "/run/sim/reply/"
 
 struct device_run {
-    std::string name = {};
     std::vector<std::string> arguments = {};
     std::vector<std::pair<std::string, std::string>> files = {}; // path and text
-    std::string before = {}; // shell commands, run as root before the tool
-    std::string after = {};  // shell commands whose output ends the transcript
+    std::string replies = {}; // of stand-ins, such as "route exit 7, pppd missing"
+    std::string before = {};  // shell commands, run as root before the tool
+    std::string after = {};   // shell commands whose output ends the transcript
     std::string faults =
         {}; // lines "function n errno": its n-th call fails; sleeping takes no time
     std::string launcher = {}; // a command that starts the tool, such as "setpriv ... --"

@@ -11,10 +11,7 @@ const std::string overflow_error =
     "Destination port conversion failed: Numerical result out of range\nstatus 1\n";
 
 expected_run command(std::vector<std::string> arguments, const std::string &outcome) {
-    std::string name;
-    for (const std::string &argument : arguments)
-        name += argument + " ";
-    return {{.name = name, .arguments = std::move(arguments)}, outcome};
+    return {{.arguments = std::move(arguments)}, outcome};
 }
 
 TEST_F(Firewall, TakesPortsAndPingOneRuleAtATime) {
@@ -35,8 +32,7 @@ TEST_F(Firewall, TakesPortsAndPingOneRuleAtATime) {
                 "$ iptables -D INPUT -p tcp --dport 80 -j ACCEPT\n"
                 "iptables: Bad rule (does a matching rule exist in that chain?).\n"
                 "terminated normally status=1\nparent exit, res=1, pid=N\nstatus 1\n"),
-        {{.name = "the other direction's rule stays",
-          .arguments = {"--close-ping", "in"},
+        {{.arguments = {"--close-ping", "in"},
           .before = "for chain in INPUT OUTPUT; do /usr/lib/sim/iptables -A $chain -p icmp "
                     "--icmp-type 8 -j ACCEPT; done",
           .after = "/usr/lib/sim/iptables -S"},
@@ -70,14 +66,14 @@ TEST_F(Firewall, ReportsHowTheFilterEnded) {
     const std::vector<std::string> open = {"--open-ping", "in"};
     const std::string vector = "$ iptables -A INPUT -p icmp --icmp-type 8 -j ACCEPT\n";
     expect_transcripts({
-        {{.name = "exit code", .arguments = open, .files = {{REPLY "iptables", "exit 7\nbusy\n"}}},
+        {{.arguments = open, .files = {{REPLY "iptables", "exit 7\nbusy\n"}}},
          vector + "busy\nterminated normally status=7\nparent exit, res=7, pid=N\nstatus 7\n"},
-        {{.name = "signal", .arguments = open, .files = {{REPLY "iptables", "signal 9\n"}}},
+        {{.arguments = open, .replies = "iptables signal 9"},
          vector + "terminated by signal 9\nparent exit, res=9, pid=N\nstatus 9\n"},
-        {{.name = "missing", .arguments = open, .files = {{REPLY "iptables", "missing\n"}}},
+        {{.arguments = open, .replies = "iptables missing"},
          "child exit???\nterminated normally status=4\nparent exit, res=4, pid=N\nstatus 4\n"},
-        {{.name = "no fork", .arguments = open, .faults = "fork 1 11"}, "fork fail\nstatus 4\n"},
-        {{.name = "no wait", .arguments = open, .faults = "waitpid 1 10"},
+        {{.arguments = open, .faults = "fork 1 11"}, "fork fail\nstatus 4\n"},
+        {{.arguments = open, .faults = "waitpid 1 10"},
          vector + "parent exit, res=4, pid=N\nstatus 4\n"},
     });
 }

@@ -38,22 +38,21 @@ using FrontEnd = DeviceTest;
 
 TEST_F(FrontEnd, ListsItsCommandsForWhateverItDoesNotServe) {
     expect_transcripts({
-        {{.name = "nothing asked"}, usage},
-        {{.name = "user 500", .arguments = {"--HOSTNAME"}, .launcher = as_500}, usage},
-        {{.name = "prefix", .arguments = {"--host"}}, usage},
-        {{.name = "one parameter too many", .arguments = {"--hostname", "a", "b"}}, usage},
-        {{.name = "one for none", .arguments = {"--wifi-scan", "x"}}, usage},
-        {{.name = "one too few", .arguments = {"--start-usb-eth-if"}}, usage},
-        {{.name = "ports need three", .arguments = {"--open-port", "tcp", "80"}}, usage},
-        {{.name = "two at most", .arguments = {"--close-ping", "in", "::/0", "x"}}, usage},
+        {{}, usage},
+        {{.arguments = {"--HOSTNAME"}, .launcher = as_500}, usage},
+        {{.arguments = {"--host"}}, usage},
+        {{.arguments = {"--hostname", "a", "b"}}, usage},
+        {{.arguments = {"--wifi-scan", "x"}}, usage},
+        {{.arguments = {"--start-usb-eth-if"}}, usage},
+        {{.arguments = {"--open-port", "tcp", "80"}}, usage},
+        {{.arguments = {"--close-ping", "in", "::/0", "x"}}, usage},
     });
 }
 
 TEST_F(FrontEnd, RefusesStrangersBeforeItLooksAtArguments) {
     expect_transcripts({
-        {{.name = "no argument", .launcher = as_stranger}, "Access denied.\nstatus 3\n"},
-        {{.name = "a command",
-          .arguments = {"--hostname", "owned"},
+        {{.launcher = as_stranger}, "Access denied.\nstatus 3\n"},
+        {{.arguments = {"--hostname", "owned"},
           .after = "cat /proc/sys/kernel/hostname",
           .launcher = as_stranger},
          "Access denied.\nstatus 3\nzelta\n"},
@@ -65,18 +64,16 @@ TEST_F(FrontEnd, ShowsAndSetsTheKernelsNames) {
     const std::string longest(255, 'a'), kernels_longest(64, 'a');
     auto set = [&](const std::string &option, const std::string &name, const std::string &outcome,
                    const std::string &launcher = "") {
-        return expected_run{{.name = option + name,
-                             .arguments = {option, name},
+        return expected_run{{.arguments = {option, name},
                              .before = "domainname home",
                              .after = show,
                              .launcher = launcher},
                             outcome};
     };
     expect_transcripts({
-        {{.name = "host", .arguments = {"--hostname"}, .launcher = as_500}, "zelta\nstatus 0\n"},
-        {{.name = "domain", .arguments = {"--domainname"}}, "(none)\nstatus 0\n"},
-        {{.name = "unreadable", .arguments = {"--hostname"}, .faults = "gethostname 1 14"},
-         "status 4\n"},
+        {{.arguments = {"--hostname"}, .launcher = as_500}, "zelta\nstatus 0\n"},
+        {{.arguments = {"--domainname"}}, "(none)\nstatus 0\n"},
+        {{.arguments = {"--hostname"}, .faults = "gethostname 1 14"}, "status 4\n"},
         set("--hostname", "a-1.B", "status 0\na-1.B\nhome\n", as_500),
         set("--domainname", "lan.example", "status 0\nzelta\nlan.example\n", as_500),
         set("--hostname", "", "status 0\n\nhome\n"),

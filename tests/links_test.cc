@@ -45,15 +45,14 @@ std::string by_hand(const std::string &interface) {
            interface + "\n";
 }
 
-// A command on the settings file "s" with this text; programs without a part in the test do nothing.
-device_run link(const std::string &option, const std::string &text, const device_run &more = {}) {
-    device_run run = more;
-    run.name = option + " " + more.name;
+// A command on the settings file "s" with this text; the device's programs do nothing, and succeed.
+device_run link(const std::string &option, const std::string &text, device_run run = {}) {
     run.arguments = {option, "s"};
     run.files.insert(run.files.begin(), {{SETTINGS "s", text}, {SETTINGS "wlan-config", "ap=1\n"}});
-    for (const char *program : {"ifconfig", "route", "dhclient", "wpa_supplicant", "pppd",
-                                "wpa_cli", "mount", "zelta-net", "iptables"})
-        run.files.insert(run.files.begin(), {REPLY + std::string(program), "exit 0\n"});
+    run.replies =
+        "ifconfig exit 0, route exit 0, dhclient exit 0, wpa_supplicant exit 0, pppd exit 0,"
+        "wpa_cli exit 0, mount exit 0, zelta-net exit 0, iptables exit 0, " +
+        run.replies;
     return run;
 }
 
@@ -68,45 +67,38 @@ TEST_F(Links, StartByDhcpOrByHand) {
          ip_read + by_hand("usb0") + done},
         {link("--start-wifi-if", "config=auto\n"),
          wlan_read + supplicant + by_dhcp("wlan0") + done},
-        {link("--start-wifi-if", manual,
-              {.name = "supplicant fails", .files = {{REPLY "wpa_supplicant", "exit 255\n"}}}),
+        {link("--start-wifi-if", manual, {.replies = "wpa_supplicant exit 255"}),
          wlan_read + supplicant + by_hand("wlan0") + done},
     });
 }
 
 TEST_F(Links, StartAttemptsEveryStep) {
     expect_transcripts({
-        {link("--start-usb-eth-if", "config=auto\n",
-              {.name = "filter fails", .files = {{REPLY "iptables", "exit 3\n"}}}),
+        {link("--start-usb-eth-if", "config=auto\n", {.replies = "iptables exit 3"}),
          ip_read + "Auto IP config\n" + filter("-A OUTPUT -p udp --dport 67 -j ACCEPT", 3) +
              filter("-A INPUT -p udp --dport 68 -j ACCEPT", 3) + "$ dhclient usb0\n" + failed},
         {link("--start-usb-eth-if", "config=auto\n",
-              {.name = "disk full", .before = "ln -s /dev/full /etc/dhclient.conf"}),
+              {.before = "ln -s /dev/full /etc/dhclient.conf"}),
+         ip_read + "Auto IP config\n" + holes + failed},
+        {link("--start-usb-eth-if", "config=auto\n", {.before = "mkdir /etc/dhclient.conf"}),
          ip_read + "Auto IP config\n" + holes + failed},
         {link("--start-usb-eth-if", "config=auto\n",
-              {.name = "no place", .before = "mkdir /etc/dhclient.conf"}),
-         ip_read + "Auto IP config\n" + holes + failed},
-        {link("--start-usb-eth-if", "config=auto\n",
-              {.name = "no host name",
-               .after = "ls /etc/dhclient.conf 2>&1",
-               .faults = "gethostname 1 14"}),
+              {.after = "ls /etc/dhclient.conf 2>&1", .faults = "gethostname 1 14"}),
          ip_read + "Auto IP config\n" + holes + failed +
              "ls: cannot access '/etc/dhclient.conf': No such file or directory\n"},
-        {link("--start-usb-eth-if", manual,
-              {.name = "no ifconfig", .files = {{REPLY "ifconfig", "missing\n"}}}),
+        {link("--start-usb-eth-if", manual, {.replies = "ifconfig missing"}),
          ip_read +
              "Manual IP config\nchild exit???\n"
              "$ route add default netmask 255.0.0.0 gw 10.0.0.1 usb0\n" +
              failed},
-        {link("--start-usb-eth-if", manual, {.name = "no fork", .faults = "fork 1 11"}),
+        {link("--start-usb-eth-if", manual, {.faults = "fork 1 11"}),
          ip_read +
              "Manual IP config\nfork fail\n"
              "$ route add default netmask 255.0.0.0 gw 10.0.0.1 usb0\n" +
              failed},
-        {link("--start-usb-eth-if", manual, {.name = "no wait", .faults = "waitpid 2 4"}),
+        {link("--start-usb-eth-if", manual, {.faults = "waitpid 2 4"}),
          ip_read + by_hand("usb0") + "parent exit\n" + failed},
-        {link("--start-usb-eth-if", manual,
-              {.name = "route killed", .files = {{REPLY "route", "signal 4\n"}}}),
+        {link("--start-usb-eth-if", manual, {.replies = "route signal 4"}),
          ip_read + by_hand("usb0") + failed},
     });
 }
@@ -120,7 +112,7 @@ TEST_F(Links, StartNeedsItsSettings) {
     device_run elsewhere = link("--start-usb-eth-if", "", {.files = {{"/tmp/x", manual}}});
     elsewhere.arguments[1] = "../../../tmp/x";
     expect_transcripts({
-        {{.name = "no file", .arguments = {"--stop-wifi-if", "none"}}, SETTINGS "none" + missing},
+        {{.arguments = {"--stop-wifi-if", "none"}}, SETTINGS "none" + missing},
         {link("--start-wifi-if", manual, {.before = no_wlan}), SETTINGS "wlan-config" + missing},
         {link("--start-gprs-if", manual, {.before = "rm -f " SETTINGS "gprs-config"}),
          SETTINGS "gprs-config" + missing},
@@ -163,33 +155,28 @@ TEST_F(Links, GprsIsThePppDaemonsWork) {
              "nameserver 9.9.9.9\n"},
         {gprs(manual, {.before = peer_resolv, .after = "cat /etc/ppp/pppd-config"}),
          gprs_read + pppd + by_hand("ppp0") + "status 0\n" + options},
-        {gprs("config=auto\n",
-              {.name = "no user", .before = peer_resolv, .after = "cat /etc/ppp/chap-secrets"},
+        {gprs("config=auto\n", {.before = peer_resolv, .after = "cat /etc/ppp/chap-secrets"},
               no_user),
          gprs_read + pppd + "start_gprs_if successful\nstatus 0\n* * 'pw' *\n"},
         {gprs("config=auto\n",
-              {.name = "daemon killed",
-               .files = {{REPLY "pppd", "signal 4\n"}},
-               .before = peer_resolv,
-               .after = "ls /etc/ppp"},
+              {.replies = "pppd signal 4", .before = peer_resolv, .after = "ls /etc/ppp"},
               no_password),
          gprs_read + pppd + "start_gprs_if successful\nstatus 0\npppd-config\n"},
-        {gprs(manual, {.name = "no name servers", .faults = "none 1 1"}),
+        {gprs(manual, {.faults = "none 1 1"}),
          gprs_read + pppd + sleeps +
              "/etc/ppp/resolv.conf couldn't be found: "
              "No such file or directory\nstart_pppd failed\nstatus 4\n"},
-        {gprs(manual, {.name = "not moved", .before = peer_resolv, .faults = "rename 1 18"}),
+        {gprs(manual, {.before = peer_resolv, .faults = "rename 1 18"}),
          gprs_read + pppd +
              "/etc/ppp/resolv.conf move failed: Invalid cross-device link\n"
              "start_pppd failed\nstatus 4\n"},
-        {gprs(manual, {.name = "no fork", .before = peer_resolv, .faults = "fork 1 11"}),
+        {gprs(manual, {.before = peer_resolv, .faults = "fork 1 11"}),
          gprs_read + "fork fail\nstart_pppd failed\nstatus 4\n"},
-        {gprs(manual, {.name = "no options", .before = "mkdir /etc/ppp/pppd-config"}),
+        {gprs(manual, {.before = "mkdir /etc/ppp/pppd-config"}),
          gprs_read + "Open failed: Is a directory\nstart_pppd failed\nstatus 2\n"},
-        {gprs(manual, {.name = "no secrets", .before = "mkdir /etc/ppp/chap-secrets"}),
+        {gprs(manual, {.before = "mkdir /etc/ppp/chap-secrets"}),
          gprs_read + "Open failed: Is a directory\nstart_pppd failed\nstatus 2\n"},
-        {gprs(manual, {.name = "secret cut short", .launcher = short_files}),
-         gprs_read + "start_pppd failed\nstatus 4\n"},
+        {gprs(manual, {.launcher = short_files}), gprs_read + "start_pppd failed\nstatus 4\n"},
     });
 }
 
@@ -220,7 +207,7 @@ TEST_F(Links, StopUndoesTheStart) {
         {link("--stop-wifi-if", manual, {.before = marked}),
          wlan_ip_read + "$ wpa_cli terminate\n" + clear + "wlan0\n" + flushed(0) +
              "$ ifconfig wlan0 down\nstatus 0\n"},
-        {link("--stop-wifi-if", manual, {.name = "no supplicant"}),
+        {link("--stop-wifi-if", manual, {}),
          wlan_ip_read + clear + "wlan0\n" + flushed(0) + "$ ifconfig wlan0 down\nstatus 0\n"},
         {link("--stop-gprs-if", "config=auto\n", {.before = marked}),
          ip_read + "$ ps\n" + flushed(0) + "status 0\n"},
@@ -235,36 +222,28 @@ TEST_F(Links, StopGoesOnAfterEachFailure) {
     const std::string no_ps = "Call to fork failed, error 11\n";
     expect_transcripts({
         {link("--stop-usb-eth-if", manual,
-              {.files = {{REPLY "iptables", "exit 1\n"},
-                         {REPLY "route", "exit 7\n"},
-                         {REPLY "ifconfig", "exit 1\n"},
-                         {REPLY "mount", "exit 1\n"}}}),
+              {.replies = "iptables exit 1, route exit 7, ifconfig exit 1, mount exit 1"}),
          ip_read +
              "Clearing Manual IP config\n"
              "$ route del default netmask 255.0.0.0 gw 10.0.0.1 usb0\n"
              "Failed to disable default gateway for usb0 interface.\n" +
              flushed(1, output_failed, input_failed) +
              "$ ifconfig usb0 down\nFailed to release IP address.\nstatus 4\n"},
-        {link("--stop-usb-eth-if", "config=auto\n",
-              {.name = "no lease", .files = {{REPLY "dhclient", "exit 2\n"}}}),
+        {link("--stop-usb-eth-if", "config=auto\n", {.replies = "dhclient exit 2"}),
          ip_read +
              "Clearing Auto IP config setting\n$ dhclient -r\nFailed to release dhclient.\n$ ps\n" +
              flushed(0) + "$ ifconfig usb0 down\nstatus 4\n"},
         {link("--stop-usb-eth-if", "config=auto\n",
-              {.name = "no ps",
-               .before = dhcp_runs,
-               .after = "cat /var/run/dhclient.pid",
-               .faults = "fork 2 11"}),
+              {.before = dhcp_runs, .after = "cat /var/run/dhclient.pid", .faults = "fork 2 11"}),
          ip_read + "Clearing Auto IP config setting\n$ dhclient -r\n" + no_ps +
              "Failed to stop dhclient process.\n" + flushed(0) +
              "$ ifconfig usb0 down\nstatus 0\n99999\n"},
         {link("--stop-gprs-if", "config=auto\n",
-              {.name = "no ps", .before = "touch /var/run/ppp0.pid", .faults = "fork 1 11"}),
+              {.before = "touch /var/run/ppp0.pid", .faults = "fork 1 11"}),
          ip_read + no_ps + "Failed to stop PPP daemon.Failed to stop PPP daemon.\n" + flushed(0) +
              "status 4\n"},
         {link("--stop-wifi-if", manual,
-              {.name = "no wpa_cli",
-               .before = "mkdir /var/run/wpa_supplicant; touch /var/run/wpa_supplicant/wlan0",
+              {.before = "mkdir /var/run/wpa_supplicant; touch /var/run/wpa_supplicant/wlan0",
                .faults = "fork 1 11"}),
          "Parsing WLAN IP config file\n" + parsed +
              "Validate IP config file\n"

@@ -25,13 +25,10 @@ std::string line(const std::string &ssid, const std::string &security = "[NONE]"
 }
 
 // A scan of this listing while a supplicant runs.
-expected_run listing(const std::string &name, const std::string &text, const std::string &report,
-                     const std::string &faults = "") {
-    return {{.name = name,
-             .arguments = {"--wifi-scan"},
+expected_run listing(const std::string &text, const std::string &report) {
+    return {{.arguments = {"--wifi-scan"},
              .files = {{REPLY "iwlist", "print\n" + text}},
-             .before = marker,
-             .faults = faults},
+             .before = marker},
             iwlist + report};
 }
 
@@ -49,71 +46,62 @@ TEST_F(Scan, ReportsEachCellWithAnSsid) {
     for (int i = 0; i < 20; i++)
         full += filler;
     expect_transcripts({
-        listing("nothing", "", "status 0\n"),
-        listing("no cell", "wlan0     No scan results\n", "status 0\n"),
-        listing("whole", first + elements,
+        listing("", "status 0\n"),
+        listing("wlan0     No scan results\n", "status 0\n"),
+        listing(first + elements,
                 header + line("office", "[WPA2-PSK-CCMP]", "70/70", "-36", "-90") + "status 0\n"),
-        listing("too wide", first + essid("x") + "Quality=70/70/70/7 Signal level=-123456789 dBm\n",
+        listing(first + essid("x") + "Quality=70/70/70/7 Signal level=-123456789 dBm\n",
                 header + line("x") + "status 0\n"),
-        listing("two, no end of line", first + essid("a") + first + "ESSID:\"b\"",
+        listing(first + essid("a") + first + "ESSID:\"b\"",
                 header + line("a") + line("b") + "status 0\n"),
-        listing("last line opens a cell", first + essid("a") + "Cell 02",
-                header + line("a") + "status 0\n"),
-        listing("it fills the buffer", first + essid("a") + exact,
-                header + line("a") + "SSID not found.\nstatus 0\n"),
-        listing("only an opening line", "Cell 01", header + "status 0\n"),
-        listing("SSID holds Cell", first + essid("Cellar"),
+        listing(first + essid("a") + "Cell 02", header + line("a") + "status 0\n"),
+        listing(first + essid("a") + exact, header + line("a") + "SSID not found.\nstatus 0\n"),
+        listing("Cell 01", header + "status 0\n"),
+        listing(first + essid("Cellar"),
                 header + "SSID not found.\n" + line("Cellar") + "status 0\n"),
-        listing("no SSID", first + "Channel:1\n", header + "SSID not found.\nstatus 0\n"),
-        listing("no quote", first + "ESSID:off\n", dropped),
-        listing("one quote", first + "ESSID:\"off\n", dropped),
-        listing("empty", first + essid(""), header + line("") + "status 0\n"),
-        listing("35", first + essid(std::string(35, 's')),
+        listing(first + "Channel:1\n", header + "SSID not found.\nstatus 0\n"),
+        listing(first + "ESSID:off\n", dropped),
+        listing(first + "ESSID:\"off\n", dropped),
+        listing(first + essid(""), header + line("") + "status 0\n"),
+        listing(first + essid(std::string(35, 's')),
                 header + line(std::string(35, 's')) + "status 0\n"),
-        listing("36", first + essid(std::string(36, 's')), header + "status 0\n"),
-        listing("pieces of 99",
-                "Cell" + std::string(95, 'x') + "ESSID:\"a\"" + std::string(90, 'y') + "Cell\n" +
+        listing(first + essid(std::string(36, 's')), header + "status 0\n"),
+        listing("Cell" + std::string(95, 'x') + "ESSID:\"a\"" + std::string(90, 'y') + "Cell\n" +
                     essid("b"),
                 header + line("a") + line("b") + "status 0\n"),
         // 46 + 20 * 99 characters leave room for 22: not for the SSID's line, but for the last one.
-        listing("overfull", full + essid("left out") + "ESSID:\"fits\"\n",
+        listing(full + essid("left out") + "ESSID:\"fits\"\n",
                 header + line("fits") + "status 0\n"),
     });
 }
 
 TEST_F(Scan, StopsOnlyTheSupplicantItStarted) {
-    auto scan = [](const std::string &name, std::vector<std::pair<std::string, std::string>> files,
-                   const std::string &before, const std::string &outcome,
+    auto scan = [](const std::string &reply, const std::string &before, const std::string &outcome,
                    const std::string &faults = "") {
-        return expected_run{{.name = name,
-                             .arguments = {"--wifi-scan"},
-                             .files = std::move(files),
+        return expected_run{{.arguments = {"--wifi-scan"},
+                             .files = {{REPLY "iwlist", reply}},
                              .before = before,
                              .faults = faults},
                             outcome};
     };
     const std::string cell = "print\n" + first + essid("a");
     const std::string no_fork = "Call to fork failed, error 11\n";
+    const std::string not_started = "Failed to start the scan.\n";
     expect_transcripts({
-        scan("none runs", {{REPLY "iwlist", cell}}, "",
-             start + iwlist + header + line("a") + stop + "status 0\n"),
-        scan("no scanner", {{REPLY "iwlist", "missing\n"}}, "", start + stop + "status 0\n"),
-        scan("scanner dies", {{REPLY "iwlist", "signal 9\n" + first}}, marker,
-             iwlist + header + "SSID not found.\nstatus 0\n"),
-        scan("no supplicant", {}, "",
+        scan(cell, "", start + iwlist + header + line("a") + stop + "status 0\n"),
+        scan("missing\n", "", start + stop + "status 0\n"),
+        scan("signal 9\n" + first, marker, iwlist + header + "SSID not found.\nstatus 0\n"),
+        scan(cell, "",
              "Call to fork failed in zelta_system_argv, error 11"
              "Failed to start WPA supplicant.\nstatus 4\n",
              "fork 1 11"),
-        scan("no fork", {}, "",
-             start + no_fork + "Failed to start the scan.\n" + stop + "status 4\n", "fork 2 11"),
-        scan("no pipe", {}, marker, "Failed to start the scan.\nstatus 4\n", "pipe 1 24"),
-        scan("error at once", {{REPLY "iwlist", cell}}, "",
-             start + iwlist + "Failed to scan\n" + stop + "status 4\n", "fgets 1 5"),
-    });
-    expect_transcripts({
-        listing("error between cells", first + essid("a") + first + essid("b"),
-                header + line("a") + "Failed to scan - 1\nstatus 4\n",
-                "fgets 4 5\nferror 1 5\nferror 1 5"),
+        scan(cell, "", start + no_fork + not_started + stop + "status 4\n", "fork 2 11"),
+        scan(cell, marker, not_started + "status 4\n", "pipe 1 24"),
+        scan(cell, marker, iwlist + not_started + "status 4\n", "fdopen 1 12"),
+        scan(cell, "", start + iwlist + "Failed to scan\n" + stop + "status 4\n", "fgets 1 5"),
+        scan(cell + first + essid("b"), marker,
+             iwlist + header + line("a") + "Failed to scan - 1\nstatus 4\n",
+             "fgets 4 5\nferror 1 5\nferror 1 5"),
     });
 }
 
