@@ -89,7 +89,8 @@ TEST_F(Daemons, SupplicantRestart) {
 TEST_F(Daemons, InterruptsByName) {
     const std::string script = R"(
 for i in 1 2 3 4 5; do
-    setsid env --default-signal=INT sleep 1000 >/dev/null 2>&1 & pids[i]=$!
+    env --default-signal=INT sleep 1000 & pids[i]=$!
+    until [[ $(<"/proc/$!/comm") == sleep ]]; do :; done
 done
 line() { printf '%7s ? 00:00:00 %s\n' "$1" "$2"; }
 {   echo print
@@ -106,8 +107,11 @@ line() { printf '%7s ? 00:00:00 %s\n' "$1" "$2"; }
 } >/run/sim/reply/ps
 echo config=auto >)" SETTINGS R"(s
 zelta-ip --stop-usb-eth-if s | grep -A1 '^Could not'
-sleep 0.2
-for i in 1 2 3 4 5; do kill -0 "${pids[i]}" 2>/dev/null && echo "$i lives"; done
+for i in 1 2 3 4 5; do
+    kill "${pids[i]}"; wait "${pids[i]}"
+    how=$(kill -l $?)
+    echo "$i $how" # of two signals the interrupt comes first
+done 2>/dev/null
 )";
     const std::string gone = "Could not kill process - 999999 because of No such process\n";
     auto outcome = [&](const std::string &length) {
@@ -116,8 +120,8 @@ for i in 1 2 3 4 5; do kill -0 "${pids[i]}" 2>/dev/null && echo "$i lives"; done
         return output.substr(output.find("Could not"));
     };
     const std::string next = "terminated normally status=0\n";
-    EXPECT_EQ(outcome("256"), gone + next + "3 lives\n");
-    EXPECT_EQ(outcome("257"), gone + next + "3 lives\n4 lives\n5 lives\n");
+    EXPECT_EQ(outcome("256"), gone + next + "1 INT\n2 INT\n3 TERM\n4 INT\n5 INT\n");
+    EXPECT_EQ(outcome("257"), gone + next + "1 INT\n2 INT\n3 TERM\n4 TERM\n5 TERM\n");
 }
 
 } // namespace

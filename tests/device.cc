@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -63,6 +64,12 @@ struct overlay {
     }
 };
 
+// The environment may name a tool that was built for another machine.
+std::string setting(const char *name, const char *otherwise) {
+    const char *value = getenv(name);
+    return value != nullptr ? value : otherwise;
+}
+
 outcome run_in_device(const std::string &script, const device_run &run) {
     overlay files;
     for (const auto &[path, text] : run.files)
@@ -76,7 +83,9 @@ outcome run_in_device(const std::string &script, const device_run &run) {
     if (!run.faults.empty())
         files.add("/run/sim/faults", run.faults);
     files.add("/run/sim/row", script);
-    std::string tool = !run.tool.empty() ? run.tool : run.faults.empty() ? TOOL : FAULTS_TOOL;
+    std::string tool = !run.tool.empty()    ? run.tool
+                       : run.faults.empty() ? setting("TOOL", TOOL)
+                                            : setting("FAULTS_TOOL", FAULTS_TOOL);
     return run_command(DEVICE " --trace --stand-in " STAND_IN " --tool " + tool + " --files " +
                        files.root.string() + " bash /run/sim/row 2>&1");
 }
@@ -87,6 +96,13 @@ void DeviceTest::SetUp() {
     static const int status = run_in_device("true", {}).status;
     if (status == cannot_simulate)
         GTEST_SKIP() << "no private namespaces here";
+}
+
+int tool_bits() {
+    std::ifstream tool(setting("TOOL", TOOL), std::ios::binary);
+    constexpr int class_offset = 4, class_32 = 1;
+    tool.seekg(class_offset);
+    return tool.get() == class_32 ? 32 : 64;
 }
 
 std::string transcript(const device_run &run) {

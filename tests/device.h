@@ -30,6 +30,9 @@ struct device_run {
     std::string tool = {};     // the binary; the sanitized one by default
 };
 
+// Whether the tool under test has numbers and pointers of 32 or of 64 bits.
+int tool_bits();
+
 // Runs the rows one after another, each in a device of its own.
 std::string transcript(const device_run &run);
 

@@ -1,15 +1,17 @@
 // Linked into a second build of the tool with the linker's --wrap: the n-th call of a C library
-// function fails as the file /run/sim/faults says, lines of "function n errno". A fault that struck
-// leaves /run/sim/struck. Sleeping is traced as a program would be, and takes no time.
+// function fails as the file /run/sim/faults says, lines of "function n errno"; "child-function"
+// counts the calls of all children before they become a program. A fault that struck leaves its name
+// in /run/sim/struck; with a line "any 0 0" each call does. A child that nobody waited for leaves
+// /run/sim/unwaited. Sleeping is traced as a program would be, and takes no time.
 
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -20,19 +22,26 @@ struct fault {
     int error;
 };
 
-fault faults[8];
+using fault_table = fault[8];
+fault_table *faults; // shared with children
+pid_t tool;
 bool busy; // the C library calls itself below
 
-void append(const char *path, const char *text) {
+void append(const char *path, const char *line) {
+    busy = true;
     int file = open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    [[maybe_unused]] ssize_t written = write(file, text, strlen(text));
+    dprintf(file, "%s\n", line);
     close(file);
+    busy = false;
 }
 
 [[gnu::constructor]] void read_faults() {
     busy = true;
+    tool = getpid();
+    faults = static_cast<fault_table *>(
+        mmap(nullptr, sizeof *faults, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     if (FILE *file = fopen("/run/sim/faults", "re")) {
-        for (fault &each : faults)
+        for (fault &each : *faults)
             if (fscanf(file, "%31s %d %d", each.function, &each.countdown, &each.error) != 3)
                 break;
         fclose(file);
@@ -41,66 +50,54 @@ void append(const char *path, const char *text) {
 }
 
 bool strikes(const char *function) {
-    for (fault &each : faults)
-        if (!busy && strcmp(each.function, function) == 0 && --each.countdown == 0) {
-            busy = true;
-            append("/run/sim/struck", "struck\n");
-            busy = false;
+    char name[sizeof(fault::function)];
+    snprintf(name, sizeof name, "%s%s", getpid() == tool ? "" : "child-", function);
+    for (fault &each : *faults) {
+        const bool any = strcmp(each.function, "any") == 0;
+        if (busy || (!any && (strcmp(each.function, name) != 0 || --each.countdown != 0)))
+            continue;
+        append("/run/sim/struck", name);
+        if (!any) {
             errno = each.error;
             return true;
         }
+    }
     return false;
+}
+
+[[gnu::destructor]] void look_for_children() {
+    busy = true;
+    if (waitpid(-1, nullptr, WNOHANG) >= 0)
+        append("/run/sim/unwaited", "a child");
 }
 
 } // namespace
 
-// A real wait comes first also where it fails, so that the order of all output stays certain.
-#define FAULT(type, name, failure, parameters, arguments)                                          \
-    extern "C" type __real_##name parameters;                                                      \
-    extern "C" type __wrap_##name parameters;                                                      \
-    type __wrap_##name parameters {                                                                \
-        if (strcmp(#name, "waitpid") != 0)                                                         \
-            return strikes(#name) ? (failure) : __real_##name arguments;                           \
-        type result = __real_##name arguments;                                                     \
-        return strikes(#name) ? (failure) : result;                                                \
-    }
-
-FAULT(void *, malloc, nullptr, (size_t size), (size))
-FAULT(char *, strdup, nullptr, (const char *text), (text))
-FAULT(ssize_t, getdelim, -1, (char **line, size_t *room, int delimiter, FILE *file),
-      (line, room, delimiter, file))
-FAULT(ssize_t, getline, -1, (char **line, size_t *room, FILE *file), (line, room, file))
-FAULT(pid_t, fork, -1, (), ())
-FAULT(pid_t, waitpid, -1, (pid_t pid, int *status, int options), (pid, status, options))
-FAULT(int, pipe, -1, (int ends[2]), (ends))
-FAULT(int, dup2, -1, (int from, int to), (from, to))
-FAULT(FILE *, fdopen, nullptr, (int file, const char *mode), (file, mode))
-FAULT(FILE *, fopen, nullptr, (const char *path, const char *mode), (path, mode))
-FAULT(int, open, -1, (const char *path, int flags, mode_t mode), (path, flags, mode))
-FAULT(int, fstat, -1, (int file, struct stat *status), (file, status))
-FAULT(int, fchmod, -1, (int file, mode_t mode), (file, mode))
-FAULT(size_t, fwrite, 0, (const void *from, size_t size, size_t count, FILE *file),
-      (from, size, count, file))
-FAULT(char *, fgets, nullptr, (char *line, int size, FILE *file), (line, size, file))
-FAULT(int, ferror, 1, (FILE * file), (file))
-FAULT(int, fclose, (__real_fclose(file), EOF), (FILE * file), (file))
-FAULT(int, stat, -1, (const char *path, struct stat *status), (path, status))
-FAULT(int, access, -1, (const char *path, int mode), (path, mode))
-FAULT(int, rename, -1, (const char *from, const char *to), (from, to))
-FAULT(int, remove, -1, (const char *path), (path))
-FAULT(int, gethostname, -1, (char *name, size_t size), (name, size))
-FAULT(int, sethostname, -1, (const char *name, size_t size), (name, size))
-FAULT(int, getdomainname, -1, (char *name, size_t size), (name, size))
-FAULT(int, setdomainname, -1, (const char *name, size_t size), (name, size))
-FAULT(int, setuid, -1, (uid_t user), (user))
-FAULT(int, setgid, -1, (gid_t group), (group))
-FAULT(int, kill, -1, (pid_t pid, int number), (pid, number))
-
 extern "C" unsigned __wrap_sleep(unsigned seconds);
 unsigned __wrap_sleep(unsigned seconds) {
     char line[32];
-    snprintf(line, sizeof line, "$ sleep %u\n", seconds);
+    snprintf(line, sizeof line, "$ sleep %u", seconds);
     fflush(stdout);
     append("/run/sim/trace", line);
     return 0;
 }
+
+// Whatever their types, arguments and results are words that pass through.
+#define FAULT(name, failure)                                                                       \
+    extern "C" long __real_##name(long a, long b, long c, long d, long e);                         \
+    extern "C" long __wrap_##name(long a, long b, long c, long d, long e);                         \
+    long __wrap_##name(long a, long b, long c, long d, long e) {                                   \
+        return strikes(#name) ? (failure) : __real_##name(a, b, c, d, e);                          \
+    }
+
+// The real call comes first where something would leak or the order of all output be uncertain.
+// clang-format off
+FAULT(malloc, 0) FAULT(strdup, 0) FAULT(fopen, 0) FAULT(fdopen, 0) FAULT(fgets, 0) FAULT(fwrite, 0)
+FAULT(fprintf, -1) FAULT(vsnprintf, -1) FAULT(getline, -1) FAULT(getdelim, -1) FAULT(__getdelim, -1)
+FAULT(__uflow, -1) FAULT(ferror, 1) FAULT(fclose, (__real_fclose(a, b, c, d, e), -1))
+FAULT(open, -1) FAULT(stat, -1) FAULT(fstat, -1) FAULT(fchmod, -1) FAULT(access, -1)
+FAULT(rename, -1) FAULT(remove, -1) FAULT(pipe, -1) FAULT(dup2, -1) FAULT(fcntl, -1) FAULT(poll, -1)
+FAULT(fork, -1) FAULT(execv, -1) FAULT(waitpid, (__real_waitpid(a, b, c, d, e), -1)) FAULT(kill, -1)
+FAULT(gethostname, -1) FAULT(sethostname, -1) FAULT(getdomainname, -1) FAULT(setdomainname, -1)
+FAULT(setuid, -1) FAULT(setgid, -1) FAULT(setgroups, -1) FAULT(chdir, -1) FAULT(syscall, -1)
+FAULT(getrlimit, -1) FAULT(setrlimit, -1)

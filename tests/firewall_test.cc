@@ -48,7 +48,7 @@ TEST_F(Firewall, JudgesProtocolThenPortThenDirection) {
         command({"--open-port", "tcp", "65536", "sideways"}, range_error),
         command({"--open-port", "tcp", "-1", "out"}, range_error),
         command({"--close-port", "udp", "4294967376", "out"},
-                sizeof(long) == 4 ? overflow_error : range_error),
+                tool_bits() == 32 ? overflow_error : range_error),
         command({"--open-port", "tcp", "99999999999999999999", "out"}, overflow_error),
         command({"--open-port", "tcp", "2000", "IN"}, "status 1\n"),
         command({"--open-port", "tcp", "1023", "in"}, "status 1\n"),

@@ -97,7 +97,7 @@ TEST_F(Scan, StopsOnlyTheSupplicantItStarted) {
              "fork 1 11"),
         scan(cell, "", start + no_fork + not_started + stop + "status 4\n", "fork 2 11"),
         scan(cell, marker, not_started + "status 4\n", "pipe 1 24"),
-        scan(cell, marker, iwlist + not_started + "status 4\n", "fdopen 1 12"),
+        scan("missing\n", marker, not_started + "status 4\n", "fdopen 1 12"),
         scan(cell, "", start + iwlist + "Failed to scan\n" + stop + "status 4\n", "fgets 1 5"),
         scan(cell + first + essid("b"), marker,
              iwlist + header + line("a") + "Failed to scan - 1\nstatus 4\n",

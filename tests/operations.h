@@ -1,0 +1,118 @@
+// What strings and unit arrays have in common: rows of operations, each run on every kind of
+// storage, growth, and destruction. A Sample makes a header of one kind and fills its storage.
+
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+// The caller's memory for a header.
+struct storage {
+    storage(size_t bytes, bool guarded)
+        : size(static_cast<ptrdiff_t>(bytes)), total(bytes + (guarded ? 8 : 0)),
+          data(new char[total]()) {
+    }
+    ptrdiff_t size; // without guard words
+    size_t total;
+    std::unique_ptr<char[]> data;
+};
+
+template <typename Header>
+struct operation {
+    std::string was = "";  // content of the header operated on
+    std::string from = ""; // content of the second one, or of the memory that is referred to
+    std::string now = was; // both after success
+    std::string left = from;
+    int gives = 0;
+    int torn = -1; // result for want of room: both stay; unless it is -1, what fits is kept
+    int fails = -1;
+    bool pair = false;  // takes the second header itself
+    bool reads = false; // takes a constant
+    const char *name;
+    int (*call)(Header *to, Header *from);
+};
+
+// What a row does, which is its name as well. Refusals joined by "&" all give -1.
+#define CALLS(does)                                                                                \
+    .name = #does,                                                                                 \
+    .call = []([[maybe_unused]] auto *to, [[maybe_unused]] auto *from) -> int { return does; }
+#define PAIR(does) .pair = true, CALLS(does)
+#define READS(does) .pair = true, .reads = true, CALLS(does)
+#define REFUSES(does) .gives = -1, CALLS(does)
+
+// With just enough room, or one unit less than the result needs: a row succeeds when the result
+// fits or the storage grows.
+template <typename Sample>
+void check_row(const auto &row, uint32_t kind, uint32_t missing) {
+    SCOPED_TRACE(row.name + std::string(" on kind ") + std::to_string(kind - Sample::first));
+    const uint32_t was = static_cast<uint32_t>(row.was.size()) / Sample::unit;
+    const uint32_t need = static_cast<uint32_t>(row.now.size()) / Sample::unit;
+    const uint32_t room = need > was ? need - missing : was;
+    const bool grows = kind == Sample::first, constant = kind == Sample::constant;
+    const bool done = constant ? row.reads : grows || need <= room;
+    const bool cut = !done && !constant && row.torn != -1;
+    Sample to(kind, row.was, room), from(Sample::guarded, row.from, 20);
+    EXPECT_EQ(row.call(&to.header, &from.header), done ? row.gives : cut ? row.torn : row.fails);
+    EXPECT_EQ(to.content(), done ? row.now : cut ? row.now.substr(0, room) : row.was);
+    EXPECT_EQ(from.content(), done ? row.left : row.from);
+    EXPECT_TRUE(!grows || to.header.capacity == (need > room ? std::max(need, 2 * room) : room));
+    EXPECT_EQ(Sample::destroy(&to.header), 0) << "guard words are intact";
+}
+
+// Damaged guard words in either place, and the same header twice.
+template <typename Sample>
+void check_refusal(const auto &row, uint32_t kind) {
+    SCOPED_TRACE(row.name + std::string(" on bad headers"));
+    Sample good(kind, row.was, 20), bad(kind, row.was, 20);
+    for (ptrdiff_t damage : {ptrdiff_t{-4}, ptrdiff_t{-1}, bad.size, bad.size + 3}) {
+        bad.start()[damage] ^= 1;
+        EXPECT_EQ(row.call(&bad.header, &good.header), row.fails);
+        EXPECT_TRUE(!row.pair || row.call(&good.header, &bad.header) == row.fails);
+        EXPECT_EQ(Sample::destroy(&bad.header), -1);
+        bad.start()[damage] ^= 1;
+    }
+    EXPECT_TRUE(!row.pair || row.call(&good.header, &good.header) == row.fails);
+    EXPECT_EQ(good.content() + bad.content(), row.was + row.was);
+}
+
+template <typename Sample>
+void check_operations(const auto &rows) {
+    for (const auto &row : rows) {
+        for (uint32_t kind = Sample::first; kind <= Sample::last; kind++)
+            for (uint32_t missing : {0U, 1U})
+                check_row<Sample>(row, kind, missing);
+        for (uint32_t kind : {Sample::first, Sample::guarded})
+            check_refusal<Sample>(row, kind);
+    }
+}
+
+// Only the first kind grows. Destruction wipes what has guard words, and touches no other memory
+// of the caller.
+template <typename Sample>
+void check_storage(uint32_t limit) {
+    const uint32_t half = limit / 2, sizes[][3] = {{0, 1, 1},     {3, 4, 6},
+                                                   {3, 7, 7},     {0, limit - 1, limit - 1},
+                                                   {0, limit, 0}, {half, half + 1, half}};
+    for (const auto &[capacity, need, grown] : sizes) {
+        Sample growing(Sample::first, "", capacity);
+        EXPECT_EQ(Sample::reserve(&growing.header, need), grown >= need ? 0 : -1) << need;
+        EXPECT_EQ(growing.header.capacity, grown);
+    }
+    for (uint32_t kind = Sample::first; kind <= Sample::last; kind++) {
+        Sample gone(kind, "text", 4);
+        const bool grows = kind == Sample::first;
+        EXPECT_EQ(Sample::reserve(&gone.header, 1), grows ? 0 : -1);
+        EXPECT_EQ(Sample::extend(&gone.header, 7), grows ? 0 : -1);
+        EXPECT_TRUE(!grows || gone.header.capacity == 4 / Sample::unit + 7);
+        const std::string before(gone.data.get(), gone.total), wiped(gone.total, '\0');
+        EXPECT_EQ(Sample::destroy(&gone.header), 0);
+        EXPECT_EQ(std::string(gone.data.get(), gone.total),
+                  kind == Sample::guarded ? wiped : before);
+        EXPECT_EQ(Sample::destroy(&gone.header), -1);
+    }
+}

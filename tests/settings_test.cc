@@ -1,0 +1,116 @@
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "settings/config_file.h"
+#include "settings/ip_settings.h"
+
+using namespace zelta;
+using namespace std::literals;
+
+namespace {
+
+char untouched[] = "untouched";
+
+// A table that was read from a file of this text.
+struct parsed {
+    explicit parsed(const std::string &text) {
+        std::fill(std::begin(table), std::end(table), config_pair{untouched, untouched});
+        const int file = memfd_create("settings", 0);
+        EXPECT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        EXPECT_EQ(parse_config_file(("/proc/self/fd/" + std::to_string(file)).c_str(), table), 0);
+        close(file);
+        for (; end != std::end(table) && end->key != nullptr; end++)
+            entries += "["s + end->key + "|" + end->value + "]";
+        EXPECT_TRUE(end == std::end(table) || end->value == untouched);
+    }
+    ~parsed() {
+        std::for_each(table, end, [](config_pair &pair) { free(pair.key), free(pair.value); });
+    }
+    config_table table;
+    config_pair *end = table;
+    std::string entries;
+};
+
+} // namespace
+
+TEST(Settings, LinesBecomeEntries) {
+    const std::string longest = "k=" + std::string((1 << 20) - 3, 'x');
+    const struct {
+        std::string text, entries;
+    } rows[] = {{"a=b\nconfig=auto", "[a|b]"},
+                {"config = a=b\t\r\n", "[config | a=b\t\r]"},
+                {"#a\n\n=b\nc=\n", "[#a\n|][\n|][|b][c|]"},
+                {longest + "\na=\n", "[k|" + longest.substr(2) + "][a|]"},
+                {"a=\n" + longest + "x\nb=\n", "[a|]"}};
+    for (const auto &[text, entries] : rows)
+        EXPECT_TRUE(parsed(text).entries == entries) << text.substr(0, 99);
+}
+
+TEST(Settings, TheTableHoldsTwentyEntries) {
+    parsed full(std::string(18, '\n') + "dns=1\ndns=2\naddress=3\n");
+    EXPECT_STREQ(config_lookup(full.table, "dns"), "1");
+    EXPECT_EQ(config_lookup(full.table, "address"), nullptr);
+    EXPECT_EQ(config_lookup(parsed("a=\n").table, "A"), nullptr);
+}
+
+TEST(Settings, MissingFile) {
+    config_table table = {{untouched, untouched}};
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(parse_config_file("/proc/self/fd/none", table), 2);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Open failed\n: No such file or directory\n");
+    EXPECT_EQ(table[0].key, untouched);
+}
+
+// The complete settings, with one key missing or changed.
+TEST(Settings, ValidationStoresUpToTheFirstFault) {
+    const std::string complete =
+        "\nconfig=manual\naddress=A\nnetmask=N\ngateway=G\nroutes=default\ndns=S\n"
+        "device=D\nuser=U\npassword=P\nsecrets-file=pap\nconnect=C\ndisconnect=X\n";
+    const struct {
+        std::string change, prints, then; // both results, mode, type, first letters of the texts
+    } rows[] = {
+        {"dns", "", "00 20 ANGdDUPCX"},
+        {"user", "", "00 20 ANGdSDPCX"},
+        {"password", "", "00 20 ANGdSDUCX"},
+        {"config", "", "10 00 DUPCX"},
+        {"config=Auto", "", "10 00 DUPCX"},
+        {"config=auto", "", "00 10 DUPCX"},
+        {"address", "No IP address specified\n", "10 00 DUPCX"},
+        {"netmask", "No IP netmask specified\n", "10 00 ADUPCX"},
+        {"gateway", "No IP gateway specified\n", "10 00 ANDUPCX"},
+        {"routes", "No IP routes specified\n", "10 00 ANGSDUPCX"},
+        {"routes=R", "Default route not specified\n", "10 00 ANGRSDUPCX"},
+        {"device", "No serial device specified\n", "01 20 ANGdS"},
+        {"secrets-file", "Unrecognised secrets file type ((null))\n", "01 20 ANGdSDUP"},
+        {"secrets-file=PAP", "Unrecognised secrets file type (PAP)\n", "01 20 ANGdSDUP"},
+        {"secrets-file=chap", "", "00 21 ANGdSDUPCX"},
+        {"secrets-file=srp", "", "00 22 ANGdSDUPCX"},
+        {"connect", "No connect chat script specified\n", "01 20 ANGdSDUP"},
+        {"disconnect", "No disconnect chat script specified\n", "01 20 ANGdSDUPC"},
+    };
+    for (const auto &[change, prints, then] : rows) {
+        SCOPED_TRACE(change);
+        const std::string key = change.substr(0, change.find('='));
+        std::string text = complete;
+        const size_t at = text.find("\n" + key + "=") + 1;
+        text.replace(at, text.find('\n', at) - at, key == change ? "" : change);
+        parsed file(text);
+        in_config = {};
+        testing::internal::CaptureStdout();
+        std::string found = std::to_string(val_ip_config_file(file.table));
+        found += std::to_string(val_gprs_config_file(file.table)) + " ";
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), prints);
+        const ip_settings &c = in_config;
+        found += std::to_string(c.ip_mode) + std::to_string(c.secrets_type) + " ";
+        for (const char *value : {c.address, c.netmask, c.gateway, c.routes, c.dns, c.device,
+                                  c.user, c.password, c.connect, c.disconnect})
+            found += value != nullptr ? std::string(value, 1) : "";
+        EXPECT_EQ(found, then);
+    }
+}
