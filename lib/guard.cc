@@ -24,14 +24,6 @@ char *guard_init(void *block, size_t size, uint32_t tag) {
     return data;
 }
 
-bool guard_intact(const void *data, size_t size, uint32_t tag) {
-    const char *bytes = static_cast<const char *>(data);
-    uint32_t before, behind;
-    memcpy(&before, bytes - guard_size, guard_size);
-    memcpy(&behind, bytes + size, guard_size);
-    return before == tag && behind == tag;
-}
-
 void guard_wipe(void *data, size_t size) {
     explicit_bzero(static_cast<char *>(data) - guard_size, size + guards_size);
 }

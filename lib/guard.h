@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace zelta {
 
@@ -34,8 +35,15 @@ inline constexpr size_t guard_lead = alignof(T) > guard_size ? alignof(T) - guar
 // bytes. Returns the data, or null for a null block.
 char *guard_init(void *block, size_t size, uint32_t tag);
 
-// True when both guard words around the data still hold the tag.
-bool guard_intact(const void *data, size_t size, uint32_t tag);
+// True when both guard words around the data still hold the tag. Part of every operation, so it is
+// here, where the compiler makes two word comparisons of it.
+inline bool guard_intact(const void *data, size_t size, uint32_t tag) {
+    const char *bytes = static_cast<const char *>(data);
+    uint32_t before, behind;
+    memcpy(&before, bytes - guard_size, guard_size);
+    memcpy(&behind, bytes + size, guard_size);
+    return before == tag && behind == tag;
+}
 
 // Overwrites data and guard words with zeros, in a way that no optimiser drops.
 void guard_wipe(void *data, size_t size);

@@ -1,6 +1,7 @@
 #include "lib/mbuf.h"
 
 #include <cstring>
+#include <utility>
 
 namespace zelta {
 
@@ -11,6 +12,18 @@ namespace {
 template <size_t Size>
 void move_unit(char *to, const char *from, size_t size) {
     memcpy(to, from, Size == 0 ? size : Size);
+}
+
+// One unit, which may overlap its place.
+void copy_unit(char *to, const void *from, size_t size) {
+    if (size == 4)
+        memmove(to, from, 4);
+    else if (size == 8)
+        memmove(to, from, 8);
+    else if (size == 16)
+        memmove(to, from, 16);
+    else
+        memmove(to, from, size);
 }
 
 char *unit_at(const mbuf *b, uint32_t index) {
@@ -98,7 +111,12 @@ int mbuf_concat(mbuf *b, mref units) {
 }
 
 int mbuf_push_back(mbuf *b, mref unit) {
-    return mbuf_concat(b, mk_mref(unit.ptr, 1));
+    if (mbuf_valid(b) != 0 || unit.ptr == nullptr)
+        return -1;
+    if (b->used == b->capacity)
+        return splice(b, b->used, b->used, unit.ptr, 1);
+    copy_unit(unit_at(b, b->used++), unit.ptr, b->unitsize);
+    return 0;
 }
 
 int mbuf_reserve(mbuf *b, uint32_t capacity) {
@@ -125,10 +143,11 @@ namespace {
 template <size_t Size>
 void reverse_units(mbuf *b) {
     char scratch[Size == 0 ? 256 : Size];
+    const size_t size = Size == 0 ? b->unitsize : Size;
     char *front = unit_at(b, 0), *back = unit_at(b, b->used - 1);
-    for (; front < back; front += b->unitsize, back -= b->unitsize) {
-        for (size_t done = 0; done < b->unitsize; done += sizeof scratch) {
-            size_t left = b->unitsize - done;
+    for (; front < back; front += size, back -= size) {
+        for (size_t done = 0; done < size; done += sizeof scratch) {
+            size_t left = size - done;
             size_t part = left < sizeof scratch ? left : sizeof scratch;
             move_unit<Size>(scratch, front + done, part);
             move_unit<Size>(front + done, back + done, part);
@@ -137,57 +156,98 @@ void reverse_units(mbuf *b) {
     }
 }
 
-// Merges the runs [left, middle) and [middle, end) into the target; ties take the left run.
+// Where the run that starts here ends.
+const char *run_end(const char *at, size_t width, const char *stop) {
+    const size_t left = static_cast<size_t>(stop - at);
+    return at + (width < left ? width : left);
+}
+
 template <size_t Size>
-void merge_runs(char *to, const char *left, const char *middle, const char *end, size_t size,
-                mbuf_cmp_fn compare) {
-    const char *right = middle;
-    const size_t step = Size == 0 ? size : Size;
-    while (left != middle && right != end) {
-        // Choosing the head by arithmetic spares a branch that no processor can predict.
-        size_t take_right = compare(left, right) > 0;
-        move_unit<Size>(to, take_right != 0 ? right : left, size);
-        right += step * take_right;
-        left += step * (1 - take_right);
+char *copy_units(char *to, const char *from, const char *end, size_t step) {
+    for (; from != end; from += step, to += step)
+        move_unit<Size>(to, from, step);
+    return to;
+}
+
+// Merges the runs [left, right) and [right, end) into the target; ties take the left run. The order
+// is that of their first units.
+template <size_t Size>
+void merge_runs(char *to, const char *left, const char *right, const char *end, size_t step,
+                int order, mbuf_cmp_fn compare) {
+    const char *middle = right;
+    while (true) {
+        const size_t take_right = order > 0;
+        if (Size != 0 && Size <= 16) {
+            // Choosing the head by arithmetic spares a branch that no processor can foresee.
+            move_unit<Size>(to, take_right != 0 ? right : left, step);
+            right += step * take_right;
+            left += step * (1 - take_right);
+        } else if (take_right != 0) {
+            // Larger units are better fetched on a guess, before the comparison is known.
+            move_unit<Size>(to, right, step);
+            right += step;
+        } else {
+            move_unit<Size>(to, left, step);
+            left += step;
+        }
         to += step;
+        if (left == middle || right == end)
+            break;
+        order = compare(left, right);
     }
-    size_t rest_left = static_cast<size_t>(middle - left);
-    memcpy(to, left, rest_left);
-    memcpy(to + rest_left, right, static_cast<size_t>(end - right));
+    to = copy_units<Size>(to, left, middle, step);
+    copy_units<Size>(to, right, end, step);
+}
+
+// Merges pairs of runs into the target and returns true; or returns false and leaves the units where
+// they are, because all of them are in order.
+template <size_t Size>
+bool merge_pass(const char *from, char *to, size_t size, size_t width, size_t step,
+                mbuf_cmp_fn compare) {
+    const char *left = from, *const stop = from + size;
+    bool moved = false;
+    while (left != stop) {
+        const char *middle = run_end(left, width, stop), *end = run_end(middle, width, stop);
+        int order = 0;
+        while (left != middle && middle != end) {
+            order = compare(left, middle);
+            if (moved || order > 0)
+                break;
+            left += step;
+        }
+        if (!moved && order > 0)
+            memcpy(to, from, static_cast<size_t>(left - from));
+        moved = moved || order > 0;
+        if (moved && middle == end)
+            copy_units<Size>(to + (left - from), left, end, step);
+        else if (moved)
+            merge_runs<Size>(to + (left - from), left, middle, end, step, order, compare);
+        left = end;
+    }
+    return moved;
 }
 
 template <size_t Size>
-void merge_pass(const mbuf *from, mbuf *to, uint64_t width, mbuf_cmp_fn compare) {
-    const uint64_t count = from->used;
-    for (uint64_t i = 0; i < count; i += 2 * width) {
-        uint64_t middle = i + width < count ? i + width : count;
-        uint64_t end = i + 2 * width < count ? i + 2 * width : count;
-        merge_runs<Size>(unit_at(to, static_cast<uint32_t>(i)),
-                         unit_at(from, static_cast<uint32_t>(i)),
-                         unit_at(from, static_cast<uint32_t>(middle)),
-                         unit_at(from, static_cast<uint32_t>(end)), from->unitsize, compare);
-    }
-}
-
-// Each round makes two passes, so that the units end where they began.
-template <size_t Size>
-void merge_rounds(mbuf *b, mbuf *scratch, mbuf_cmp_fn compare) {
-    for (uint64_t width = 1; width < b->used; width *= 4) {
-        merge_pass<Size>(b, scratch, width, compare);
-        merge_pass<Size>(scratch, b, 2 * width, compare);
-    }
+void merge_sort(mbuf *b, mbuf *scratch, mbuf_cmp_fn compare) {
+    const size_t step = Size == 0 ? b->unitsize : Size, size = step * b->used;
+    char *from = unit_at(b, 0), *to = unit_at(scratch, 0);
+    for (uint64_t width = step; width < size; width *= 2)
+        if (merge_pass<Size>(from, to, size, static_cast<size_t>(width), step, compare))
+            std::swap(from, to);
+    if (from != b->bufptr)
+        memcpy(b->bufptr, from, size);
 }
 
 // What differs with the unit size.
 struct unit_operations {
     uint32_t unitsize;
     void (*reverse)(mbuf *b);
-    void (*merge)(mbuf *b, mbuf *scratch, mbuf_cmp_fn compare);
+    void (*sort)(mbuf *b, mbuf *scratch, mbuf_cmp_fn compare);
 };
 
 template <size_t Size>
 constexpr unit_operations operations_for = {
-    .unitsize = Size, .reverse = reverse_units<Size>, .merge = merge_rounds<Size>};
+    .unitsize = Size, .reverse = reverse_units<Size>, .sort = merge_sort<Size>};
 
 // The sizes worth knowing: integers, pointers, and small records.
 constexpr unit_operations known_sizes[] = {operations_for<4>, operations_for<8>, operations_for<16>,
@@ -215,8 +275,7 @@ int mbuf_sort(mbuf *b, mbuf_cmp_fn compare) {
     if (mbuf_valid(b) != 0 || compare == nullptr ||
         mbuf_create(&scratch, b->unitsize, b->used) != 0)
         return -1;
-    mbuf_assign(&scratch, b);
-    operations_of(b).merge(b, &scratch, compare);
+    operations_of(b).sort(b, &scratch, compare);
     return mbuf_destroy(&scratch);
 }
 

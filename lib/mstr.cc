@@ -141,7 +141,7 @@ void _mstr_expand(mstr *s, uint32_t need) {
 }
 
 uint32_t _mstr_measure(mstr *s) {
-    s->lastlen = static_cast<uint32_t>(strnlen(s->c_str, data_size(s->capacity)));
+    s->lastlen = static_cast<uint32_t>(strlen(s->c_str)); // a valid string has its terminator
     return s->lastlen;
 }
 

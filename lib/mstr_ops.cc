@@ -249,20 +249,56 @@ int mstr_sprintf(mstr *to, const char *format, ...) {
     return length;
 }
 
+namespace {
+
+// fgets at most so many bytes at once: what it gets is filled first.
+constexpr uint32_t piece_room = 4096;
+
+// Reads up to and including the next line end, or as much as there is room for. Because fgets does
+// not tell how much it read, and zero bytes are data, the room is filled with line ends before.
+uint32_t read_line(char *at, uint32_t room, FILE *stream) {
+    memset(at, '\n', room);
+    const bool read = fgets_unlocked(at, static_cast<int>(room) + 1, stream) != nullptr;
+    const void *end = memchr(at, '\n', room);
+    uint32_t count =
+        end == nullptr ? room : static_cast<uint32_t>(static_cast<const char *>(end) - at);
+    if (read && feof_unlocked(stream) != 0)
+        count--; // the terminator
+    else if (read && end != nullptr)
+        count++; // the line end
+    memset(at + count, 0, room - count);
+    return count;
+}
+
+// The same for any other delimiter.
+uint32_t read_bytes(char *at, uint32_t room, FILE *stream, char delimiter) {
+    uint32_t count = 0;
+    for (int c; count < room && (c = getc_unlocked(stream)) != EOF;) {
+        at[count++] = static_cast<char>(c);
+        if (at[count - 1] == delimiter)
+            break;
+    }
+    at[count] = '\0';
+    return count;
+}
+
+} // namespace
+
 int mstr_getdelim(mstr *to, FILE *stream, char delimiter) {
     if (mstr_clear(to) != 0 || stream == nullptr)
         return -1;
-    for (uint32_t i = 0;; i++) {
-        if (i == to->capacity && !room_for(to, i + uint64_t{1}))
+    for (;;) {
+        if (to->lastlen == to->capacity && !room_for(to, to->lastlen + uint64_t{1}))
             return 1;
-        int c = getc_unlocked(stream);
-        if (c == EOF)
-            return feof(stream) != 0 ? 2 : -1;
-        to->c_str[i] = static_cast<char>(c);
-        to->c_str[i + 1] = '\0';
-        to->lastlen = i + 1;
-        if (to->c_str[i] == delimiter)
+        uint32_t left = to->capacity - to->lastlen, room = left < piece_room ? left : piece_room;
+        char *at = to->c_str + to->lastlen;
+        uint32_t count = delimiter == '\n' ? read_line(at, room, stream)
+                                           : read_bytes(at, room, stream, delimiter);
+        to->lastlen += count;
+        if (count > 0 && at[count - 1] == delimiter)
             return 0;
+        if (count < room)
+            return feof(stream) != 0 ? 2 : -1;
     }
 }
 

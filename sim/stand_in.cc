@@ -2,7 +2,8 @@
 // /usr/lib/sim/NAME (a script at that path would not do: starting an interpreter loses argument 0).
 // First the start is traced. Then a reply file may take the script's place: its first line says how
 // to end, the rest is printed as it stands. Started with SIM_DAEMON set, as the scripts do, it is
-// the daemon of that name: it goes to the background and lives until it is interrupted.
+// the daemon of that name: it goes to the background and lives until it is interrupted. In the place
+// of a tool that was built for another machine, it starts that under the emulator.
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/auxv.h>
@@ -202,9 +203,33 @@ int serve() {
     for (;;)
         pause();
 }
+
+// Set-user-ID root as the tool is, and so is what the tool sees: ids and all that is inherited pass
+// through. The file's words are the emulator, its options, and the one before argument 0.
+int emulate(int argc, char **argv) {
+    char text[256] = "";
+    FILE *file = fopen("/usr/lib/sim/emulator", "re");
+    if (file == nullptr || fgets(text, sizeof text, file) == nullptr) {
+        perror("/usr/lib/sim/emulator");
+        return 127;
+    }
+    fclose(file);
+    const size_t most = sizeof text + static_cast<size_t>(argc);
+    char **words = static_cast<char **>(calloc(most, sizeof *words));
+    size_t count = 0;
+    for (char *word = strtok(text, " \n"); word != nullptr; word = strtok(nullptr, " \n"))
+        words[count++] = word;
+    words[count++] = argv[0];
+    words[count++] = script;
+    for (int i = 1; i < argc; i++)
+        words[count++] = argv[i];
+    execv(words[0], words);
+    perror(words[0]);
+    return 127;
+}
 } // namespace
 
-int main(int, char **argv) {
+int main(int argc, char **argv) {
     const char *path = reinterpret_cast<const char *>(getauxval(AT_EXECFN));
     const char *slash = strrchr(path, '/');
     const char *name = slash != nullptr ? slash + 1 : path;
@@ -212,9 +237,11 @@ int main(int, char **argv) {
         snprintf(script, sizeof script, "/usr/lib/sim/%s-stop", name);
         return serve();
     }
+    snprintf(script, sizeof script, "/usr/lib/sim/%s", name);
+    if (strcmp(name, "zelta-ip") == 0)
+        return emulate(argc, argv);
     trace(argv);
     obey_reply(name);
-    snprintf(script, sizeof script, "/usr/lib/sim/%s", name);
     execve(script, argv, plain_environment);
     perror(script);
     return 127;
