@@ -65,6 +65,13 @@ void close_descriptors() {
         close(fd);
 }
 
+// By the kernel's own call, where an action of zeros is the default one: C libraries keep a few
+// signals to themselves and refuse to change those.
+void set_default(int number) {
+    alignas(long) static constexpr char default_action[64] = {};
+    syscall(SYS_rt_sigaction, number, default_action, nullptr, NSIG / 8);
+}
+
 void reset_signals() {
     constexpr itimerval never = {};
     for (int timer : {ITIMER_REAL, ITIMER_VIRTUAL, ITIMER_PROF})
@@ -78,7 +85,7 @@ void reset_signals() {
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
     for (int number = 1; number < NSIG; number++)
-        signal(number, SIG_DFL);
+        set_default(number);
 
     // A file size limit is no signal but a short write, which takes the ordinary way of failing.
     for (int number :

@@ -4,23 +4,11 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
-
-// The caller's memory for a header.
-struct storage {
-    storage(size_t bytes, bool guarded)
-        : size(static_cast<ptrdiff_t>(bytes)), total(bytes + (guarded ? 8 : 0)),
-          data(new char[total]()) {
-    }
-    ptrdiff_t size; // without guard words
-    size_t total;
-    std::unique_ptr<char[]> data;
-};
 
 template <typename Header>
 struct operation {
@@ -69,7 +57,7 @@ template <typename Sample>
 void check_refusal(const auto &row, uint32_t kind) {
     SCOPED_TRACE(row.name + std::string(" on bad headers"));
     Sample good(kind, row.was, 20), bad(kind, row.was, 20);
-    for (ptrdiff_t damage : {ptrdiff_t{-4}, ptrdiff_t{-1}, bad.size, bad.size + 3}) {
+    for (int damage : {-4, -1, Sample::bytes(20), Sample::bytes(20) + 3}) {
         bad.start()[damage] ^= 1;
         EXPECT_EQ(row.call(&bad.header, &good.header), row.fails);
         EXPECT_TRUE(!row.pair || row.call(&good.header, &bad.header) == row.fails);
@@ -86,7 +74,7 @@ void check_operations(const auto &rows) {
         for (uint32_t kind = Sample::first; kind <= Sample::last; kind++)
             for (uint32_t missing : {0U, 1U})
                 check_row<Sample>(row, kind, missing);
-        for (uint32_t kind : {Sample::first, Sample::guarded})
+        for (uint32_t kind = Sample::first; kind <= Sample::guarded; kind++)
             check_refusal<Sample>(row, kind);
     }
 }
@@ -95,9 +83,9 @@ void check_operations(const auto &rows) {
 // of the caller.
 template <typename Sample>
 void check_storage(uint32_t limit) {
-    const uint32_t half = limit / 2, sizes[][3] = {{0, 1, 1},     {3, 4, 6},
-                                                   {3, 7, 7},     {0, limit - 1, limit - 1},
-                                                   {0, limit, 0}, {half, half + 1, half}};
+    const uint32_t half = limit / 2, most = limit - 1;
+    const uint32_t sizes[][3] = {{0, 1, 1},       {3, 4, 6},     {3, 7, 7},
+                                 {0, most, most}, {0, limit, 0}, {half, half + 1, half}};
     for (const auto &[capacity, need, grown] : sizes) {
         Sample growing(Sample::first, "", capacity);
         EXPECT_EQ(Sample::reserve(&growing.header, need), grown >= need ? 0 : -1) << need;
@@ -109,10 +97,9 @@ void check_storage(uint32_t limit) {
         EXPECT_EQ(Sample::reserve(&gone.header, 1), grows ? 0 : -1);
         EXPECT_EQ(Sample::extend(&gone.header, 7), grows ? 0 : -1);
         EXPECT_TRUE(!grows || gone.header.capacity == 4 / Sample::unit + 7);
-        const std::string before(gone.data.get(), gone.total), wiped(gone.total, '\0');
+        const std::vector<char> before = gone.data, wiped(before.size());
         EXPECT_EQ(Sample::destroy(&gone.header), 0);
-        EXPECT_EQ(std::string(gone.data.get(), gone.total),
-                  kind == Sample::guarded ? wiped : before);
+        EXPECT_EQ(gone.data, kind == Sample::guarded ? wiped : before);
         EXPECT_EQ(Sample::destroy(&gone.header), -1);
     }
 }
