@@ -206,19 +206,18 @@ std::string named(const char *operation, const char *peer) {
 
 template <typename Unit>
 void add_push(double target) {
+    static Unit units[1024] = {};
     const auto ours = [] {
         mbuf b = {.magic = MBUF_MAGIC_HEAP, .unitsize = sizeof(Unit), .bufptr = nullptr};
-        Unit each = {};
-        for (each.key = 0; each.key < million; each.key++)
-            mbuf_push_back(&b, mk_mref(&each, sizeof each));
+        for (uint32_t i = 0; i < million; i++)
+            mbuf_push_back(&b, {.ptr = &units[i % 1024], .len = sizeof(Unit)});
         DoNotOptimize(b.bufptr);
         mbuf_destroy(&b);
     };
     const auto theirs = [] {
         std::vector<Unit> v;
-        Unit each = {};
-        for (each.key = 0; each.key < million; each.key++)
-            v.push_back(each);
+        for (uint32_t i = 0; i < million; i++)
+            v.push_back(units[i % 1024]);
         DoNotOptimize(v.data());
     };
     add({.name = named<Unit>("push_back", "std::vector"),

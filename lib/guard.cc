@@ -12,15 +12,22 @@ namespace {
 // ends, and the data begins, at the next address that is aligned for any type.
 constexpr size_t heap_lead = guard_lead<max_align_t>;
 
-} // namespace
-
-char *guard_init(void *block, size_t size, uint32_t tag) {
+// Guard words around data whose bytes are not set yet; null for a null block.
+char *frame(void *block, size_t size, uint32_t tag) {
     if (block == nullptr)
         return nullptr;
     char *data = static_cast<char *>(block) + guard_size;
     memcpy(data - guard_size, &tag, guard_size);
-    memset(data, 0, size);
     memcpy(data + size, &tag, guard_size);
+    return data;
+}
+
+} // namespace
+
+char *guard_init(void *block, size_t size, uint32_t tag) {
+    char *data = frame(block, size, tag);
+    if (data != nullptr)
+        memset(data, 0, size);
     return data;
 }
 
@@ -29,8 +36,20 @@ void guard_wipe(void *data, size_t size) {
 }
 
 char *guard_alloc(size_t size, uint32_t tag) {
-    char *block = static_cast<char *>(malloc(heap_lead + size + guards_size));
-    return block == nullptr ? nullptr : guard_init(block + heap_lead, size, tag);
+    return guard_grow(nullptr, 0, size, tag);
+}
+
+char *guard_grow(void *data, size_t size, size_t larger, uint32_t tag) {
+    char *block = static_cast<char *>(malloc(heap_lead + larger + guards_size));
+    if (block == nullptr)
+        return nullptr;
+    char *grown = frame(block + heap_lead, larger, tag);
+    if (data != nullptr) {
+        memcpy(grown, data, size);
+        guard_free(data, size);
+    }
+    memset(grown + size, 0, larger - size);
+    return grown;
 }
 
 void guard_free(void *data, size_t size) {

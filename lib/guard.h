@@ -53,6 +53,10 @@ void guard_wipe(void *data, size_t size);
 char *guard_alloc(size_t size, uint32_t tag);
 void guard_free(void *data, size_t size);
 
+// Moves data to allocated storage of a larger size, zero behind what was there, and frees the old
+// one; null, with the old one as it was, when there is no memory. Null data has size 0.
+char *guard_grow(void *data, size_t size, size_t larger, uint32_t tag);
+
 // The capacity that storage grows to when need is more than capacity: need or twice the capacity,
 // whichever is larger; 0 when that reaches the limit, even if need alone would not.
 uint32_t grown_capacity(uint32_t capacity, uint32_t need, uint32_t limit);

@@ -122,13 +122,12 @@ void _mbuf_expand(mbuf *b, uint32_t need) {
     if (b->magic != MBUF_MAGIC_HEAP || b->capacity >= need)
         return;
     uint32_t capacity = grown_capacity(b->capacity, need, MBUF_MAX_CAPACITY);
-    char *grown = capacity == 0 ? nullptr : make_storage(b->unitsize, capacity, b->magic);
+    if (capacity == 0 || !size_fits(b->unitsize, capacity))
+        return;
+    size_t size = b->bufptr == nullptr ? 0 : data_size(b);
+    char *grown = guard_grow(b->bufptr, size, size_t{b->unitsize} * capacity, b->magic);
     if (grown == nullptr)
         return;
-    if (b->bufptr != nullptr) {
-        memcpy(grown, b->bufptr, data_size(b));
-        guard_free(b->bufptr, data_size(b));
-    }
     b->capacity = capacity;
     b->bufptr = grown;
 }

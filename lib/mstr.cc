@@ -131,11 +131,12 @@ void _mstr_expand(mstr *s, uint32_t need) {
     if (s->magic != MSTR_MAGIC_HEAP || s->capacity >= need)
         return;
     uint32_t capacity = grown_capacity(s->capacity, need, MSTR_MAX_CAPACITY);
-    char *grown = capacity == 0 ? nullptr : make_storage(capacity);
+    if (capacity == 0)
+        return;
+    char *grown = guard_grow(s->c_str, data_size(s->capacity), data_size(capacity), s->magic);
     if (grown == nullptr)
         return;
-    memcpy(grown, s->c_str, s->capacity);
-    guard_free(s->c_str, data_size(s->capacity));
+    grown[s->capacity] = '\0'; // what stood behind the room for characters is none of them
     s->capacity = capacity;
     s->c_str = grown;
 }

@@ -9,6 +9,8 @@
 
 set -u
 self=$(readlink -f "$0") root=${self%/tests/*}
+# What this script itself inherits is not what is tested.
+for fd in /proc/self/fd/*; do ((${fd##*/} < 3)) || eval "exec ${fd##*/}>&-"; done
 [[ $1 == --inside ]] ||
     exec "$root/sim/device" --tool "$1" --stand-in "$2" --bind "$root" bash "$self" --inside
 setpriv --reuid 500 --clear-groups true 2>/dev/null || exit 77
