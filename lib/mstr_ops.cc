@@ -255,14 +255,15 @@ namespace {
 constexpr uint32_t piece_room = 4096;
 
 // Reads up to and including the next line end, or as much as there is room for. Because fgets does
-// not tell how much it read, and zero bytes are data, the room is filled with line ends before.
+// not tell how much it read, and zero bytes are data, the room is filled with line ends before. The
+// stream is without an error before, so that one after it says that the line is not whole.
 uint32_t read_line(char *at, uint32_t room, FILE *stream) {
     memset(at, '\n', room);
     const bool read = fgets_unlocked(at, static_cast<int>(room) + 1, stream) != nullptr;
     const void *end = memchr(at, '\n', room);
     uint32_t count =
         end == nullptr ? room : static_cast<uint32_t>(static_cast<const char *>(end) - at);
-    if (read && feof_unlocked(stream) != 0)
+    if (read && (feof_unlocked(stream) != 0 || ferror_unlocked(stream) != 0))
         count--; // the terminator
     else if (read && end != nullptr)
         count++; // the line end
@@ -270,7 +271,7 @@ uint32_t read_line(char *at, uint32_t room, FILE *stream) {
     return count;
 }
 
-// The same for any other delimiter.
+// The same for any delimiter, byte by byte.
 uint32_t read_bytes(char *at, uint32_t room, FILE *stream, char delimiter) {
     uint32_t count = 0;
     for (int c; count < room && (c = getc_unlocked(stream)) != EOF;) {
@@ -292,8 +293,9 @@ int mstr_getdelim(mstr *to, FILE *stream, char delimiter) {
             return 1;
         uint32_t left = to->capacity - to->lastlen, room = left < piece_room ? left : piece_room;
         char *at = to->c_str + to->lastlen;
-        uint32_t count = delimiter == '\n' ? read_line(at, room, stream)
-                                           : read_bytes(at, room, stream, delimiter);
+        uint32_t count = delimiter == '\n' && ferror_unlocked(stream) == 0
+                             ? read_line(at, room, stream)
+                             : read_bytes(at, room, stream, delimiter);
         to->lastlen += count;
         if (count > 0 && at[count - 1] == delimiter)
             return 0;

@@ -65,11 +65,11 @@ void close_descriptors() {
         close(fd);
 }
 
-// By the kernel's own call, where an action of zeros is the default one: C libraries keep a few
+// By the kernel's own call, where all that follows the handler may be zero: C libraries keep a few
 // signals to themselves and refuse to change those.
-void set_default(int number) {
-    alignas(long) static constexpr char default_action[64] = {};
-    syscall(SYS_rt_sigaction, number, default_action, nullptr, NSIG / 8);
+void set_disposition(int number, sighandler_t handler) {
+    const sighandler_t action[8] = {handler};
+    syscall(SYS_rt_sigaction, number, action, nullptr, NSIG / 8);
 }
 
 void reset_signals() {
@@ -80,12 +80,12 @@ void reset_signals() {
     // Ignoring a signal discards one that waits behind the mask; it must not strike when that
     // opens.
     for (int number = 1; number < NSIG; number++)
-        signal(number, SIG_IGN);
+        set_disposition(number, SIG_IGN);
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
     for (int number = 1; number < NSIG; number++)
-        set_default(number);
+        set_disposition(number, SIG_DFL);
 
     // A file size limit is no signal but a short write, which takes the ordinary way of failing.
     for (int number :

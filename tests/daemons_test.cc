@@ -14,11 +14,11 @@ const std::string marker =
 TEST_F(Daemons, DhclientRestartServesTheSameInterface) {
     const std::string script =
         client + "old=$(cat /var/run/dhclient.pid); zelta-ip --restart-dhclient; echo status $?;"
-                 "new=$(cat /var/run/dhclient.pid); kill -0 $old 2>&1 | grep -o No.*;"
+                 "new=$(cat /var/run/dhclient.pid); while kill -0 $old; do :; done 2>/dev/null;"
                  "tr '\\0' ' ' </proc/$new/cmdline; head -1 /etc/dhclient.conf";
     EXPECT_EQ(device_shell(script),
               "\nZelta IP Tool\nStopping the dhcp client: \n$ dhclient -r\n$ ps\n"
-              "Starting the dhcp client: \n$ dhclient usb0\nstatus 0\nNo such process\n"
+              "Starting the dhcp client: \n$ dhclient usb0\nstatus 0\n"
               "dhclient usb0 interface \"usb0\" {\n");
 }
 

@@ -19,7 +19,7 @@ constexpr uint32_t heap = MBUF_MAGIC_HEAP, external = MBUF_MAGIC_EXTERN;
 
 struct sample {
     static constexpr uint32_t first = heap, last = MBUF_MAGIC_EXTERN_LOCKED, constant = 0, unit = 2,
-                              guarded = MBUF_MAGIC_GUARDED;
+                              guarded = MBUF_MAGIC_GUARDED, terminator = 0;
     static constexpr auto destroy = mbuf_destroy;
     static constexpr auto reserve = mbuf_reserve, extend = mbuf_extend;
 
@@ -33,9 +33,6 @@ struct sample {
         EXPECT_EQ(mbuf_valid(&header), 0);
         memcpy(header.bufptr, units.data(), units.size());
         header.used = static_cast<uint32_t>(units.size()) / unitsize;
-    }
-    static int bytes(int room) {
-        return static_cast<int>(unit) * room;
     }
     ~sample() {
         mbuf_destroy(&header);

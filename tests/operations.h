@@ -57,7 +57,8 @@ template <typename Sample>
 void check_refusal(const auto &row, uint32_t kind) {
     SCOPED_TRACE(row.name + std::string(" on bad headers"));
     Sample good(kind, row.was, 20), bad(kind, row.was, 20);
-    for (int damage : {-4, -1, Sample::bytes(20), Sample::bytes(20) + 3}) {
+    constexpr int behind = 20 * Sample::unit + Sample::terminator;
+    for (int damage : {-4, -1, behind, behind + 3}) {
         bad.start()[damage] ^= 1;
         EXPECT_EQ(row.call(&bad.header, &good.header), row.fails);
         EXPECT_TRUE(!row.pair || row.call(&good.header, &bad.header) == row.fails);
