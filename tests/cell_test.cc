@@ -21,8 +21,7 @@ std::string security(std::string cell, uint32_t room = 127, const char *before =
 const std::string on = "Encryption key:on\n", off = "Cell\n  Encryption key:off\n";
 const std::string wpa = "IE: WPA Version 1\n  Authentication Suites (1) : PSK\n";
 const std::string wpa2 = "IE: IEEE 802.11i/WPA2 Version 1\n  Authentication Suites (1) : PSK\n";
-const std::string eap =
-    "IE: WPA2\n  Authentication Suites (1) : 802.1x\n   Preauthentication Supported\n";
+const std::string eap = "IE: WPA2\n  Authentication Suites (1) : 802.1x\n   Preauthentication Supported\n";
 
 } // namespace
 

@@ -1,6 +1,6 @@
 #include "tests/device.h"
 
-namespace zelta::test {
+using namespace zelta::test;
 
 namespace {
 
@@ -8,23 +8,20 @@ using Daemons = DeviceTest;
 
 // A client that runs in the background, and its process-id file.
 const std::string client = "SIM_DAEMON=1 dhclient usb0 >/var/run/dhclient.pid; ";
-const std::string marker =
-    "mkdir -p /var/run/wpa_supplicant; touch /var/run/wpa_supplicant/wlan0; ";
+const std::string marker = "mkdir -p /var/run/wpa_supplicant; touch /var/run/wpa_supplicant/wlan0; ";
 
 TEST_F(Daemons, DhclientRestartServesTheSameInterface) {
-    const std::string script =
-        client + "old=$(cat /var/run/dhclient.pid); zelta-ip --restart-dhclient; echo status $?;"
-                 "new=$(cat /var/run/dhclient.pid); while kill -0 $old; do :; done 2>/dev/null;"
-                 "tr '\\0' ' ' </proc/$new/cmdline; head -1 /etc/dhclient.conf";
-    EXPECT_EQ(device_shell(script),
-              "\nZelta IP Tool\nStopping the dhcp client: \n$ dhclient -r\n$ ps\n"
-              "Starting the dhcp client: \n$ dhclient usb0\nstatus 0\n"
-              "dhclient usb0 interface \"usb0\" {\n");
+    const std::string script = client + "old=$(cat /var/run/dhclient.pid); zelta-ip --restart-dhclient; echo status $?;"
+                                        "new=$(cat /var/run/dhclient.pid); while kill -0 $old; do :; done 2>/dev/null;"
+                                        "tr '\\0' ' ' </proc/$new/cmdline; head -1 /etc/dhclient.conf";
+    EXPECT_EQ(device_shell(script), "\nZelta IP Tool\nStopping the dhcp client: \n$ dhclient -r\n$ ps\n"
+                                    "Starting the dhcp client: \n$ dhclient usb0\nstatus 0\n"
+                                    "dhclient usb0 interface \"usb0\" {\n");
 }
 
 TEST_F(Daemons, DhclientRestartStopsAClientItCannotRestart) {
-    auto restart = [](const std::string &before, const std::string &outcome,
-                      const std::string &faults = "", const std::string &dhclient = "exit 0\n") {
+    auto restart = [](const std::string &before, const std::string &outcome, const std::string &faults = "",
+                      const std::string &dhclient = "exit 0\n") {
         return expected_run{{.arguments = {"--restart-dhclient"},
                              .files = {{REPLY "dhclient", dhclient}, {REPLY "ps", "print\n"}},
                              .before = before,
@@ -51,28 +48,24 @@ TEST_F(Daemons, DhclientRestartStopsAClientItCannotRestart) {
         restart(own, no_interface + stopped),
         restart(own, internal + "dhclient command line couldn't be read.\n" + stopped, "fopen 2 5"),
         restart(client, released + "... failed.\n" + stopped, "", "exit 1\n"),
-        restart(client, released + "$ ps\nStarting the dhcp client: \n... failed.\n" + stopped,
-                "open 2 28"),
+        restart(client, released + "$ ps\nStarting the dhcp client: \n... failed.\n" + stopped, "open 2 28"),
         restart(client, released + "$ ps\nStarting the dhcp client: \n$ dhclient usb0\nstatus 0\n"),
     });
 }
 
 TEST_F(Daemons, SupplicantRestart) {
-    auto restart = [](const std::string &before, const std::string &outcome,
-                      const std::string &faults = "none 1 1",
+    auto restart = [](const std::string &before, const std::string &outcome, const std::string &faults = "none 1 1",
                       const std::string &start = "exit 0\n") {
-        return expected_run{
-            {.arguments = {"--restart-wpa-supplicant"},
-             .files = {{REPLY "killall", "exit 1\n"}, {REPLY "wpa_supplicant", start}},
-             .before = before,
-             .faults = faults},
-            outcome};
+        return expected_run{{.arguments = {"--restart-wpa-supplicant"},
+                             .files = {{REPLY "killall", "exit 1\n"}, {REPLY "wpa_supplicant", start}},
+                             .before = before,
+                             .faults = faults},
+                            outcome};
     };
     const std::string stopping = "Stopping the WPA supplicant: \n";
     const std::string started = stopping + "$ killall wpa_supplicant\n$ sleep 1\n"
                                            "Starting the WPA supplicant: \n"
-                                           "$ wpa_supplicant -iwlan0 -c" SETTINGS
-                                           "wlan-config -B\n";
+                                           "$ wpa_supplicant -iwlan0 -c" SETTINGS "wlan-config -B\n";
     expect_transcripts({
         restart("", "The WPA supplicant is not running.\nstatus 0\n"),
         restart(marker, started + "status 0\n"),
@@ -115,8 +108,7 @@ done 2>/dev/null
 )";
     const std::string gone = "Could not kill process - 999999 because of No such process\n";
     auto outcome = [&](const std::string &length) {
-        std::string output =
-            device_shell("LENGTH=" + length + script, {.replies = "dhclient exit 0"});
+        std::string output = device_shell("LENGTH=" + length + script, {.replies = "dhclient exit 0"});
         return output.substr(output.find("Could not"));
     };
     const std::string next = "terminated normally status=0\n";
@@ -125,5 +117,3 @@ done 2>/dev/null
 }
 
 } // namespace
-
-} // namespace zelta::test

@@ -83,11 +83,9 @@ outcome run_in_device(const std::string &script, const device_run &run) {
     if (!run.faults.empty())
         files.add("/run/sim/faults", run.faults);
     files.add("/run/sim/row", script);
-    std::string tool = !run.tool.empty()    ? run.tool
-                       : run.faults.empty() ? setting("TOOL", TOOL)
-                                            : setting("FAULTS_TOOL", FAULTS_TOOL);
-    return run_command(DEVICE " --trace --stand-in " STAND_IN " --tool " + tool + " --files " +
-                       files.root.string() + " bash /run/sim/row 2>&1");
+    std::string tool = run.faults.empty() ? setting("TOOL", TOOL) : setting("FAULTS_TOOL", FAULTS_TOOL);
+    return run_command(DEVICE " --trace --stand-in " STAND_IN " --tool " + tool + " --files " + files.root.string() +
+                       " bash /run/sim/row 2>&1");
 }
 
 } // namespace
@@ -129,16 +127,15 @@ void expect_transcripts(const std::vector<expected_run> &rows) {
             label += argument + " ";
         for (const auto &[path, text] : row.run.files)
             label += "| " + text.substr(0, 200);
-        SCOPED_TRACE(label + "| " + row.run.replies + "| " + row.run.before + "| " +
-                     row.run.faults);
+        SCOPED_TRACE(label + "| " + row.run.replies + "| " + row.run.before + "| " + row.run.faults);
         EXPECT_EQ(transcript(row.run), row.transcript);
     }
 }
 
 std::string filter(const std::string &arguments, int status) {
     std::string result = std::to_string(status);
-    return "$ iptables " + arguments + "\nterminated normally status=" + result +
-           "\nparent exit, res=" + result + ", pid=N\n";
+    return "$ iptables " + arguments + "\nterminated normally status=" + result + "\nparent exit, res=" + result +
+           ", pid=N\n";
 }
 
 } // namespace zelta::test

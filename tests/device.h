@@ -21,13 +21,11 @@ namespace zelta::test {
 struct device_run {
     std::vector<std::string> arguments = {};
     std::vector<std::pair<std::string, std::string>> files = {}; // path and text
-    std::string replies = {}; // of stand-ins, such as "route exit 7, pppd missing"
-    std::string before = {};  // shell commands, run as root before the tool
-    std::string after = {};   // shell commands whose output ends the transcript
-    std::string faults =
-        {}; // lines "function n errno": its n-th call fails; sleeping takes no time
+    std::string replies = {};                                    // of stand-ins, such as "route exit 7, pppd missing"
+    std::string before = {};                                     // shell commands, run as root before the tool
+    std::string after = {};                                      // shell commands whose output ends the transcript
+    std::string faults = {};   // lines "function n errno": its n-th call fails; sleeping takes no time
     std::string launcher = {}; // a command that starts the tool, such as "setpriv ... --"
-    std::string tool = {};     // the binary; the sanitized one by default
 };
 
 // Whether the tool under test has numbers and pointers of 32 or of 64 bits.

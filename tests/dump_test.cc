@@ -25,8 +25,7 @@ void expect_dump(int (*show)(const T *), const T *header, std::string text) {
     const int last_printed = show(header);
     fflush(stdout);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), text);
-    EXPECT_EQ(text.rfind('\n', text.size() - 2) + 1 + static_cast<size_t>(last_printed),
-              text.size());
+    EXPECT_EQ(text.rfind('\n', text.size() - 2) + 1 + static_cast<size_t>(last_printed), text.size());
 }
 
 } // namespace
@@ -40,7 +39,6 @@ TEST(Dump, Headers) {
     char text[] = "abc";
     const mstr string = {0xAB, 2, UINT32_MAX, text};
     expect_dump(_mstr_debug_show, &string,
-                "mstr: " + hex(&string) +
-                    "\n  magic: 0x000000AB\n  lastlen: 2\n  capacity: 4294967295\n  c_str: " +
+                "mstr: " + hex(&string) + "\n  magic: 0x000000AB\n  lastlen: 2\n  capacity: 4294967295\n  c_str: " +
                     hex(text) + " \"abc\"\n");
 }

@@ -83,11 +83,11 @@ unsigned __wrap_sleep(unsigned seconds) {
 }
 
 // Whatever their types, arguments and results are words that pass through.
-#define FAULT(name, failure)                                                                       \
-    extern "C" long __real_##name(long a, long b, long c, long d, long e);                         \
-    extern "C" long __wrap_##name(long a, long b, long c, long d, long e);                         \
-    long __wrap_##name(long a, long b, long c, long d, long e) {                                   \
-        return strikes(#name) ? (failure) : __real_##name(a, b, c, d, e);                          \
+#define FAULT(name, failure)                                                                                           \
+    extern "C" long __real_##name(long a, long b, long c, long d, long e);                                             \
+    extern "C" long __wrap_##name(long a, long b, long c, long d, long e);                                             \
+    long __wrap_##name(long a, long b, long c, long d, long e) {                                                       \
+        return strikes(#name) ? (failure) : __real_##name(a, b, c, d, e);                                              \
     }
 
 // The real call comes first where something would leak or the order of all output be uncertain.

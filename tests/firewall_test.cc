@@ -1,14 +1,13 @@
 #include "tests/device.h"
 
-namespace zelta::test {
+using namespace zelta::test;
 
 namespace {
 
 using Firewall = DeviceTest;
 
 const std::string range_error = "Destination port conversion failed: Success\nstatus 1\n";
-const std::string overflow_error =
-    "Destination port conversion failed: Numerical result out of range\nstatus 1\n";
+const std::string overflow_error = "Destination port conversion failed: Numerical result out of range\nstatus 1\n";
 
 expected_run command(std::vector<std::string> arguments, const std::string &outcome) {
     return {{.arguments = std::move(arguments)}, outcome};
@@ -22,8 +21,7 @@ TEST_F(Firewall, TakesPortsAndPingOneRuleAtATime) {
         command({"--open-port", "tcp", "80", "out"}, rule("-A OUTPUT -p tcp --dport 80 -j ACCEPT")),
         command({"--open-port", "udp", "1024", "in", "10.0.0.0/8"},
                 rule("-A INPUT -p udp --dport 1024 -j ACCEPT -s 10.0.0.0/8")),
-        command({"--open-port", "tcp", "65535", "in"},
-                rule("-A INPUT -p tcp --dport 65535 -j ACCEPT")),
+        command({"--open-port", "tcp", "65535", "in"}, rule("-A INPUT -p tcp --dport 65535 -j ACCEPT")),
         command({"--open-ping", "in"}, rule("-A INPUT -p icmp --icmp-type 8 -j ACCEPT")),
         command({"--open-ping", "out", "10.1.0.0/16"},
                 rule("-A OUTPUT -p icmp --icmp-type 8 -j ACCEPT -s 10.1.0.0/16")),
@@ -36,8 +34,7 @@ TEST_F(Firewall, TakesPortsAndPingOneRuleAtATime) {
           .before = "for chain in INPUT OUTPUT; do /usr/lib/sim/iptables -A $chain -p icmp "
                     "--icmp-type 8 -j ACCEPT; done",
           .after = "/usr/lib/sim/iptables -S"},
-         rule("-D INPUT -p icmp --icmp-type 8 -j ACCEPT") +
-             "-A OUTPUT -p icmp --icmp-type 8 -j ACCEPT\n"},
+         rule("-D INPUT -p icmp --icmp-type 8 -j ACCEPT") + "-A OUTPUT -p icmp --icmp-type 8 -j ACCEPT\n"},
     });
 }
 
@@ -47,8 +44,7 @@ TEST_F(Firewall, JudgesProtocolThenPortThenDirection) {
         command({"--open-port", "icmp", "-1", "in"}, "status 1\n"),
         command({"--open-port", "tcp", "65536", "sideways"}, range_error),
         command({"--open-port", "tcp", "-1", "out"}, range_error),
-        command({"--close-port", "udp", "4294967376", "out"},
-                tool_bits() == 32 ? overflow_error : range_error),
+        command({"--close-port", "udp", "4294967376", "out"}, tool_bits() == 32 ? overflow_error : range_error),
         command({"--open-port", "tcp", "99999999999999999999", "out"}, overflow_error),
         command({"--open-port", "tcp", "2000", "IN"}, "status 1\n"),
         command({"--open-port", "tcp", "1023", "in"}, "status 1\n"),
@@ -73,11 +69,8 @@ TEST_F(Firewall, ReportsHowTheFilterEnded) {
         {{.arguments = open, .replies = "iptables missing"},
          "child exit???\nterminated normally status=4\nparent exit, res=4, pid=N\nstatus 4\n"},
         {{.arguments = open, .faults = "fork 1 11"}, "fork fail\nstatus 4\n"},
-        {{.arguments = open, .faults = "waitpid 1 10"},
-         vector + "parent exit, res=4, pid=N\nstatus 4\n"},
+        {{.arguments = open, .faults = "waitpid 1 10"}, vector + "parent exit, res=4, pid=N\nstatus 4\n"},
     });
 }
 
 } // namespace
-
-} // namespace zelta::test

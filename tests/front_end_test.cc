@@ -1,6 +1,6 @@
 #include "tests/device.h"
 
-namespace zelta::test {
+using namespace zelta::test;
 
 namespace {
 
@@ -52,9 +52,7 @@ TEST_F(FrontEnd, ListsItsCommandsForWhateverItDoesNotServe) {
 TEST_F(FrontEnd, RefusesStrangersBeforeItLooksAtArguments) {
     expect_transcripts({
         {{.launcher = as_stranger}, "Access denied.\nstatus 3\n"},
-        {{.arguments = {"--hostname", "owned"},
-          .after = "cat /proc/sys/kernel/hostname",
-          .launcher = as_stranger},
+        {{.arguments = {"--hostname", "owned"}, .after = "cat /proc/sys/kernel/hostname", .launcher = as_stranger},
          "Access denied.\nstatus 3\nzelta\n"},
     });
 }
@@ -64,11 +62,8 @@ TEST_F(FrontEnd, ShowsAndSetsTheKernelsNames) {
     const std::string longest(255, 'a'), kernels_longest(64, 'a');
     auto set = [&](const std::string &option, const std::string &name, const std::string &outcome,
                    const std::string &launcher = "") {
-        return expected_run{{.arguments = {option, name},
-                             .before = "domainname home",
-                             .after = show,
-                             .launcher = launcher},
-                            outcome};
+        return expected_run{
+            {.arguments = {option, name}, .before = "domainname home", .after = show, .launcher = launcher}, outcome};
     };
     expect_transcripts({
         {{.arguments = {"--hostname"}, .launcher = as_500}, "zelta\nstatus 0\n"},
@@ -89,5 +84,3 @@ TEST_F(FrontEnd, ShowsAndSetsTheKernelsNames) {
 }
 
 } // namespace
-
-} // namespace zelta::test

@@ -1,6 +1,6 @@
 #include "tests/device.h"
 
-namespace zelta::test {
+using namespace zelta::test;
 
 namespace {
 
@@ -22,10 +22,9 @@ constexpr char dhcp_conf[] = "\tsend host-name \"zelta\";\n"
 const std::string parsed = "NEW parse_config_file() FUNCTION success!!\n";
 const std::string ip_read = "Parsing IP config file\n" + parsed + "Validate IP config file\n";
 const std::string wlan_read = "Parsing WLAN IP config file\n" + ip_read.substr(23);
-const std::string supplicant = "Parsing WLAN config file\n" + parsed +
-                               "$ wpa_supplicant -iwlan0 -c" SETTINGS "wlan-config -B\n";
-const std::string modem_read =
-    "Parsing GPRS config file\n" + parsed + "Validate GPRS config file\n";
+const std::string supplicant =
+    "Parsing WLAN config file\n" + parsed + "$ wpa_supplicant -iwlan0 -c" SETTINGS "wlan-config -B\n";
+const std::string modem_read = "Parsing GPRS config file\n" + parsed + "Validate GPRS config file\n";
 const std::string pppd = modem_read + "$ pppd file /etc/ppp/pppd-config\n";
 const std::string done = "init_network_if successful\nstatus 0\n";
 const std::string failed = "init_network_if unsuccessful\nstatus 4\n";
@@ -41,8 +40,7 @@ std::string route(const std::string &interface, const std::string &verb = "add")
 }
 
 std::string by_hand(const std::string &interface) {
-    return "Manual IP config\n$ ifconfig " + interface + " 10.0.0.2 netmask 255.0.0.0\n" +
-           route(interface);
+    return "Manual IP config\n$ ifconfig " + interface + " 10.0.0.2 netmask 255.0.0.0\n" + route(interface);
 }
 
 std::string clear(const std::string &interface) {
@@ -57,51 +55,43 @@ std::string flushed(int status, const std::string &failure = "", const std::stri
 
 // A command on the settings file "s" with this text, and what follows the reading of that file; the
 // device's programs do nothing, and succeed.
-expected_run link(const std::string &option, const std::string &text, const std::string &outcome,
-                  device_run run = {}) {
+expected_run link(const std::string &option, const std::string &text, const std::string &outcome, device_run run = {}) {
     run.arguments = {option, "s"};
     run.files.insert(run.files.begin(), {{SETTINGS "s", text}, {SETTINGS "wlan-config", "ap=1\n"}});
-    run.replies =
-        "ifconfig exit 0, route exit 0, dhclient exit 0, wpa_supplicant exit 0, pppd exit 0,"
-        "wpa_cli exit 0, mount exit 0, zelta-net exit 0, iptables exit 0, " +
-        run.replies;
+    run.replies = "ifconfig exit 0, route exit 0, dhclient exit 0, wpa_supplicant exit 0, pppd exit 0,"
+                  "wpa_cli exit 0, mount exit 0, zelta-net exit 0, iptables exit 0, " +
+                  run.replies;
     return {run, (option.ends_with("wifi-if") ? wlan_read : ip_read) + outcome};
 }
 
 TEST_F(Links, StartByDhcpOrByHand) {
     expect_transcripts({
-        link("--start-usb-eth-if", dhcp,
-             holes + "$ dhclient usb0\n" + done + "interface \"usb0\" {\n" + dhcp_conf,
+        link("--start-usb-eth-if", dhcp, holes + "$ dhclient usb0\n" + done + "interface \"usb0\" {\n" + dhcp_conf,
              {.after = "cat /etc/dhclient.conf"}),
         link("--start-bluetooth-pan-if", dhcp, "Auto IP config\n" + done, {.before = dhcp_runs}),
         link("--start-bluetooth-pan-if", manual, by_hand("bnep0") + done),
         link("--start-usb-eth-if", manual, by_hand("usb0") + done, {.before = dhcp_runs}),
         link("--start-wifi-if", dhcp, supplicant + holes + "$ dhclient wlan0\n" + done),
-        link("--start-wifi-if", manual, supplicant + by_hand("wlan0") + done,
-             {.replies = "wpa_supplicant exit 255"}),
+        link("--start-wifi-if", manual, supplicant + by_hand("wlan0") + done, {.replies = "wpa_supplicant exit 255"}),
     });
 }
 
 TEST_F(Links, StartAttemptsEveryStep) {
-    const std::string no_file =
-        "ls: cannot access '/etc/dhclient.conf': No such file or directory\n";
+    const std::string no_file = "ls: cannot access '/etc/dhclient.conf': No such file or directory\n";
     expect_transcripts({
         link("--start-usb-eth-if", dhcp,
              "Auto IP config\n" + filter("-A OUTPUT -p udp --dport 67 -j ACCEPT", 3) +
                  filter("-A INPUT -p udp --dport 68 -j ACCEPT", 3) + "$ dhclient usb0\n" + failed,
              {.replies = "iptables exit 3"}),
-        link("--start-usb-eth-if", dhcp, holes + failed,
-             {.before = "ln -s /dev/full /etc/dhclient.conf"}),
+        link("--start-usb-eth-if", dhcp, holes + failed, {.before = "ln -s /dev/full /etc/dhclient.conf"}),
         link("--start-usb-eth-if", dhcp, holes + failed, {.before = "mkdir /etc/dhclient.conf"}),
         link("--start-usb-eth-if", dhcp, holes + failed + no_file,
              {.after = "ls /etc/dhclient.conf 2>&1", .faults = "gethostname 1 14"}),
-        link("--start-usb-eth-if", manual,
-             "Manual IP config\nchild exit???\n" + route("usb0") + failed,
+        link("--start-usb-eth-if", manual, "Manual IP config\nchild exit???\n" + route("usb0") + failed,
              {.replies = "ifconfig missing"}),
         link("--start-usb-eth-if", manual, "Manual IP config\nfork fail\n" + route("usb0") + failed,
              {.faults = "fork 1 11"}),
-        link("--start-usb-eth-if", manual, by_hand("usb0") + "parent exit\n" + failed,
-             {.faults = "waitpid 2 4"}),
+        link("--start-usb-eth-if", manual, by_hand("usb0") + "parent exit\n" + failed, {.faults = "waitpid 2 4"}),
         link("--start-usb-eth-if", manual, by_hand("usb0") + failed, {.replies = "route signal 4"}),
     });
 }
@@ -117,8 +107,7 @@ TEST_F(Links, StartNeedsItsSettings) {
         link("--start-usb-eth-if", "", by_hand("usb0") + done, {.files = {{"/tmp/x", manual}}}),
         link("--start-usb-eth-if", "config=DHCP\n", "status 1\n"),
         link("--stop-usb-eth-if", "config=manual\n", "No IP address specified\nstatus 1\n"),
-        link("--start-gprs-if", manual,
-             modem_read + "Unrecognised secrets file type ((null))\nstatus 1\n",
+        link("--start-gprs-if", manual, modem_read + "Unrecognised secrets file type ((null))\nstatus 1\n",
              {.files = {{SETTINGS "gprs-config", "device=x\n"}}}),
     };
     // Where the file of the command line is not read to its end, the transcript is this.
@@ -139,9 +128,8 @@ TEST_F(Links, GprsIsThePppDaemonsWork) {
         return link("--start-gprs-if", text, outcome, run);
     };
     const std::string resolv = "echo nameserver 9.9.9.9 >/etc/ppp/resolv.conf;";
-    const std::string open_secrets =
-        "cd /etc/ppp; umask 077; echo old | tee pap-secrets >srp-secrets;"
-        "umask 0; echo old >chap-secrets";
+    const std::string open_secrets = "cd /etc/ppp; umask 077; echo old | tee pap-secrets >srp-secrets;"
+                                     "umask 0; echo old >chap-secrets";
     const std::string look = "cd /etc/ppp; cat pppd-config; grep . *-secrets; stat -c %a *-secrets;"
                              "cat /etc/resolv.conf";
     std::string sleeps;
@@ -154,8 +142,7 @@ TEST_F(Links, GprsIsThePppDaemonsWork) {
     no_password.erase(no_password.find("password"), sizeof "password=pw");
     const std::string success = pppd + "start_gprs_if successful\nstatus 0\n";
     const std::string failure = "start_pppd failed\nstatus 4\n";
-    const std::string no_open =
-        modem_read + "Open failed: Is a directory\nstart_pppd failed\nstatus 2\n";
+    const std::string no_open = modem_read + "Open failed: Is a directory\nstart_pppd failed\nstatus 2\n";
     expect_transcripts({
         gprs(dhcp,
              success + automatic +
@@ -164,44 +151,32 @@ TEST_F(Links, GprsIsThePppDaemonsWork) {
              {.before = resolv + open_secrets, .after = look}),
         gprs(manual, pppd + by_hand("ppp0") + "status 0\n" + options,
              {.before = resolv, .after = "cat /etc/ppp/pppd-config"}),
-        gprs(dhcp, success + "* * 'pw' *\n",
-             {.before = resolv, .after = "cat /etc/ppp/chap-secrets"}, no_user),
-        gprs(dhcp, success + "pppd-config\n",
-             {.replies = "pppd signal 4", .before = resolv, .after = "ls /etc/ppp"}, no_password),
-        gprs(manual,
-             pppd + sleeps + "/etc/ppp/resolv.conf couldn't be found: No such file or directory\n" +
-                 failure,
+        gprs(dhcp, success + "* * 'pw' *\n", {.before = resolv, .after = "cat /etc/ppp/chap-secrets"}, no_user),
+        gprs(dhcp, success + "pppd-config\n", {.replies = "pppd signal 4", .before = resolv, .after = "ls /etc/ppp"},
+             no_password),
+        gprs(manual, pppd + sleeps + "/etc/ppp/resolv.conf couldn't be found: No such file or directory\n" + failure,
              {.faults = "none 1 1"}),
-        gprs(manual,
-             pppd + "/etc/ppp/resolv.conf move failed: Invalid cross-device link\n" + failure,
+        gprs(manual, pppd + "/etc/ppp/resolv.conf move failed: Invalid cross-device link\n" + failure,
              {.before = resolv, .faults = "rename 1 18"}),
-        gprs(manual, modem_read + "fork fail\n" + failure,
-             {.before = resolv, .faults = "fork 1 11"}),
+        gprs(manual, modem_read + "fork fail\n" + failure, {.before = resolv, .faults = "fork 1 11"}),
         gprs(manual, no_open, {.before = "mkdir /etc/ppp/pppd-config"}),
         gprs(manual, no_open, {.before = "mkdir /etc/ppp/chap-secrets"}),
-        gprs(manual, modem_read + failure,
-             {.launcher = "sh -c 'trap \"\" XFSZ; ulimit -f 0; exec \"$@\"' --"}),
+        gprs(manual, modem_read + failure, {.launcher = "sh -c 'trap \"\" XFSZ; ulimit -f 0; exec \"$@\"' --"}),
     });
 }
 
 TEST_F(Links, StopUndoesTheStart) {
     expect_transcripts({
-        link("--stop-usb-eth-if", manual,
-             clear("usb0") + flushed(0) + "$ ifconfig usb0 down\nstatus 0\n"),
+        link("--stop-usb-eth-if", manual, clear("usb0") + flushed(0) + "$ ifconfig usb0 down\nstatus 0\n"),
         link("--stop-bluetooth-pan-if", dhcp,
-             release + "$ ps\n" + flushed(0) +
-                 "$ ifconfig bnep0 down\nstatus 0\ninterface \"-r\" {\n",
+             release + "$ ps\n" + flushed(0) + "$ ifconfig bnep0 down\nstatus 0\ninterface \"-r\" {\n",
              {.before = dhcp_runs, .after = "head -1 /etc/dhclient.conf; ls /var/run | grep dhc"}),
         link("--stop-wifi-if", manual,
-             "$ wpa_cli terminate\n" + clear("wlan0") + flushed(0) +
-                 "$ ifconfig wlan0 down\nstatus 0\n",
+             "$ wpa_cli terminate\n" + clear("wlan0") + flushed(0) + "$ ifconfig wlan0 down\nstatus 0\n",
              {.before = supplicant_runs}),
-        link("--stop-wifi-if", manual,
-             clear("wlan0") + flushed(0) + "$ ifconfig wlan0 down\nstatus 0\n"),
-        link("--stop-gprs-if", dhcp, "$ ps\n" + flushed(0) + "status 0\n",
-             {.before = "touch /var/run/ppp0.pid"}),
-        link("--stop-gprs-if", manual,
-             flushed(0) + clear("ppp0") + "$ ifconfig ppp0 down\nstatus 0\n"),
+        link("--stop-wifi-if", manual, clear("wlan0") + flushed(0) + "$ ifconfig wlan0 down\nstatus 0\n"),
+        link("--stop-gprs-if", dhcp, "$ ps\n" + flushed(0) + "status 0\n", {.before = "touch /var/run/ppp0.pid"}),
+        link("--stop-gprs-if", manual, flushed(0) + clear("ppp0") + "$ ifconfig ppp0 down\nstatus 0\n"),
     });
 }
 
@@ -216,35 +191,27 @@ TEST_F(Links, StopGoesOnAfterEachFailure) {
                  "$ ifconfig usb0 down\nFailed to release IP address.\nstatus 4\n",
              {.replies = "iptables exit 1, route exit 7, ifconfig exit 1, mount exit 1"}),
         link("--stop-gprs-if", manual,
-             flushed(0) + clear("ppp0") + no_route +
-                 "ppp0 interface.\n$ ifconfig ppp0 down\nstatus 4\n",
+             flushed(0) + clear("ppp0") + no_route + "ppp0 interface.\n$ ifconfig ppp0 down\nstatus 4\n",
              {.replies = "route exit 7"}),
         link("--stop-bluetooth-pan-if", manual,
-             clear("bnep0") + no_route + "bnep0 interface.\n" + flushed(0) +
-                 "$ ifconfig bnep0 down\nstatus 4\n",
+             clear("bnep0") + no_route + "bnep0 interface.\n" + flushed(0) + "$ ifconfig bnep0 down\nstatus 4\n",
              {.replies = "route exit 7"}),
         link("--stop-usb-eth-if", dhcp,
-             release + "Failed to release dhclient.\n$ ps\n" + flushed(0) +
-                 "$ ifconfig usb0 down\nstatus 4\n",
+             release + "Failed to release dhclient.\n$ ps\n" + flushed(0) + "$ ifconfig usb0 down\nstatus 4\n",
              {.replies = "dhclient exit 2"}),
         link("--stop-usb-eth-if", dhcp,
              release + no_ps + "Failed to stop dhclient process.\n" + flushed(0) +
                  "$ ifconfig usb0 down\nstatus 0\n99999\n",
              {.before = dhcp_runs, .after = "cat /var/run/dhclient.pid", .faults = "fork 2 11"}),
         link("--stop-gprs-if", dhcp,
-             no_ps + "Failed to stop PPP daemon.Failed to stop PPP daemon.\n" + flushed(0) +
-                 "status 4\n",
+             no_ps + "Failed to stop PPP daemon.Failed to stop PPP daemon.\n" + flushed(0) + "status 4\n",
              {.before = "touch /var/run/ppp0.pid", .faults = "fork 1 11"}),
-        link(
-            "--stop-wifi-if", manual,
-            "Call to fork failed in zelta_system_argv, error 11Failed to stop the WPA supplicant.\n"
-            "Failed to stop WPA supplicant.\n" +
-                clear("wlan0") + no_route + "wlan0 interface.\n" + flushed(0) +
-                "$ ifconfig wlan0 down\nstatus 4\n",
-            {.replies = "route exit 7", .before = supplicant_runs, .faults = "fork 1 11"}),
+        link("--stop-wifi-if", manual,
+             "Call to fork failed in zelta_system_argv, error 11Failed to stop the WPA supplicant.\n"
+             "Failed to stop WPA supplicant.\n" +
+                 clear("wlan0") + no_route + "wlan0 interface.\n" + flushed(0) + "$ ifconfig wlan0 down\nstatus 4\n",
+             {.replies = "route exit 7", .before = supplicant_runs, .faults = "fork 1 11"}),
     });
 }
 
 } // namespace
-
-} // namespace zelta::test

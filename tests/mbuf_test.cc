@@ -24,8 +24,8 @@ struct sample {
     static constexpr auto reserve = mbuf_reserve, extend = mbuf_extend;
 
     sample(uint32_t kind, const std::string &units, uint32_t room, uint32_t unitsize = unit)
-        : data(std::max<size_t>(1, unitsize * room + (kind == guarded ? guards_size : 0))),
-          header{kind, unitsize, 0, room, nullptr} {
+        : data(std::max<size_t>(1, unitsize * room + (kind == guarded ? guards_size : 0))), header{kind, unitsize, 0,
+                                                                                                   room, nullptr} {
         if (kind == guarded)
             header.bufptr = _mbuf_init_buffer(data.data(), unitsize * room, kind);
         else if (kind >= external)
@@ -174,8 +174,7 @@ TEST(Mbuf, SortsAndReversesUnitsOfEverySize) {
                 mbuf_push_back(&b.header, mk_mref(units[i].data(), size));
             }
             EXPECT_EQ(mbuf_sort(&b.header, by_first_byte), 0);
-            std::stable_sort(units.begin(), units.end(),
-                             [](const auto &x, const auto &y) { return x[0] < y[0]; });
+            std::stable_sort(units.begin(), units.end(), [](const auto &x, const auto &y) { return x[0] < y[0]; });
             EXPECT_EQ(b.content(), std::accumulate(units.begin(), units.end(), ""s));
             EXPECT_EQ(mbuf_reverse(&b.header), 0);
             std::reverse(units.begin(), units.end());
@@ -201,8 +200,7 @@ TEST(Mbuf, UnitsAreAligned) {
 
 TEST(Mref, TwoMemoriesOfOneLength) {
     char a[] = "abcd", b[] = "abce";
-    const mref refused[][2] = {
-        {{a, 3}, {b, 4}}, {{a, 4}, {a, 4}}, {{a, 0}, {b, 0}}, {{nullptr, 4}, {b, 4}}};
+    const mref refused[][2] = {{{a, 3}, {b, 4}}, {{a, 4}, {a, 4}}, {{a, 0}, {b, 0}}, {{nullptr, 4}, {b, 4}}};
     for (const auto &[to, from] : refused)
         EXPECT_EQ(mref_memcpy(to, from) & mref_memcmp(to, from), -1);
     EXPECT_EQ(mref_memset({nullptr, 4}, 'x'), -1);

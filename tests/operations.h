@@ -26,9 +26,8 @@ struct operation {
 };
 
 // What a row does, which is its name as well. Refusals joined by "&" all give -1.
-#define CALLS(does)                                                                                \
-    .name = #does,                                                                                 \
-    .call = []([[maybe_unused]] auto *to, [[maybe_unused]] auto *from) -> int { return does; }
+#define CALLS(does)                                                                                                    \
+    .name = #does, .call = []([[maybe_unused]] auto *to, [[maybe_unused]] auto *from) -> int { return does; }
 #define PAIR(does) .pair = true, CALLS(does)
 #define READS(does) .pair = true, .reads = true, CALLS(does)
 #define REFUSES(does) .gives = -1, CALLS(does)

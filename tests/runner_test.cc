@@ -29,8 +29,8 @@ std::string rest_of(FILE *stream) {
 
 TEST(Runner, SystemTakesNineteenArguments) {
     const auto with_arguments = [](auto... last) {
-        return zelta_system(shell, "sh", "-c", "echo $#", "name", "1", "2", "3", "4", "5", "6", "7",
-                            "8", "9", "10", "11", "12", "13", "14", last..., nullptr);
+        return zelta_system(shell, "sh", "-c", "echo $#", "name", "1", "2", "3", "4", "5", "6", "7", "8", "9", "10",
+                            "11", "12", "13", "14", last..., nullptr);
     };
     testing::internal::CaptureStdout();
     EXPECT_EQ(with_arguments("15"), 0);

@@ -69,9 +69,8 @@ TEST(Settings, MissingFile) {
 
 // The complete settings, with one key missing or changed.
 TEST(Settings, ValidationStoresUpToTheFirstFault) {
-    const std::string complete =
-        "\nconfig=manual\naddress=A\nnetmask=N\ngateway=G\nroutes=default\ndns=S\n"
-        "device=D\nuser=U\npassword=P\nsecrets-file=pap\nconnect=C\ndisconnect=X\n";
+    const std::string complete = "\nconfig=manual\naddress=A\nnetmask=N\ngateway=G\nroutes=default\ndns=S\n"
+                                 "device=D\nuser=U\npassword=P\nsecrets-file=pap\nconnect=C\ndisconnect=X\n";
     const struct {
         std::string change, prints, then; // both results, mode, type, first letters of the texts
     } rows[] = {
@@ -108,8 +107,8 @@ TEST(Settings, ValidationStoresUpToTheFirstFault) {
         EXPECT_EQ(testing::internal::GetCapturedStdout(), prints);
         const ip_settings &c = in_config;
         found += std::to_string(c.ip_mode) + std::to_string(c.secrets_type) + " ";
-        for (const char *value : {c.address, c.netmask, c.gateway, c.routes, c.dns, c.device,
-                                  c.user, c.password, c.connect, c.disconnect})
+        for (const char *value :
+             {c.address, c.netmask, c.gateway, c.routes, c.dns, c.device, c.user, c.password, c.connect, c.disconnect})
             found += value != nullptr ? std::string(value, 1) : "";
         EXPECT_EQ(found, then);
     }
