@@ -225,6 +225,7 @@ int emulate(int argc, char **argv) {
         words[count++] = argv[i];
     execv(words[0], words);
     perror(words[0]);
+    free(words);
     return 127;
 }
 } // namespace
