@@ -57,6 +57,17 @@ int64_t search(const mstr *s, uint32_t length, uint32_t start, const mstr *needl
     return match == nullptr ? -1 : static_cast<const char *>(match) - s->c_str;
 }
 
+// The same, measuring both first. A single character is found on the way to the end of s.
+int64_t measure_and_search(mstr *s, uint32_t start, mstr *needle) {
+    const uint32_t count = _mstr_measure(needle);
+    if (count != 1)
+        return search(s, _mstr_measure(s), start, needle, count);
+    const char *from = s->c_str + (start == 0 ? 0 : strnlen(s->c_str, start));
+    const char *at = strchrnul(from, *needle->c_str);
+    s->lastlen = static_cast<uint32_t>(at + strlen(at) - s->c_str);
+    return *at == '\0' ? -1 : at - s->c_str;
+}
+
 uint32_t text_length(const char *text) {
     return static_cast<uint32_t>(strnlen(text, MSTR_MAX_CAPACITY));
 }
@@ -171,8 +182,7 @@ int mstr_extend(mstr *s, uint32_t extra) {
 int mstr_find(mstr *s, uint32_t start, mstr *needle) {
     if (s == needle || mstr_valid(s) != 0 || mstr_valid(needle) != 0)
         return -1;
-    uint32_t length = _mstr_measure(s);
-    return static_cast<int>(search(s, length, start, needle, _mstr_measure(needle)));
+    return static_cast<int>(measure_and_search(s, start, needle));
 }
 
 int mstr_find_cstr(mstr *s, uint32_t start, const char *needle) {
@@ -197,8 +207,8 @@ int mstr_partition(mstr *head, mstr *source, mstr *separator) {
     if (head == source || head == separator || source == separator || !writable(head) ||
         !writable(source) || mstr_valid(separator) != 0)
         return -1;
-    uint32_t length = _mstr_measure(source), width = _mstr_measure(separator);
-    int64_t at = search(source, length, 0, separator, width);
+    int64_t at = measure_and_search(source, 0, separator);
+    uint32_t length = source->lastlen, width = separator->lastlen;
     uint32_t field = at < 0 ? length : static_cast<uint32_t>(at);
     if (splice(head, 0, 0, 0, source->c_str, field) != 0)
         return -1;
@@ -267,7 +277,6 @@ uint32_t read_line(char *at, uint32_t room, FILE *stream) {
         count--; // the terminator
     else if (read && end != nullptr)
         count++; // the line end
-    memset(at + count, 0, room - count);
     return count;
 }
 
@@ -279,18 +288,19 @@ uint32_t read_bytes(char *at, uint32_t room, FILE *stream, char delimiter) {
         if (at[count - 1] == delimiter)
             break;
     }
-    at[count] = '\0';
     return count;
 }
 
 } // namespace
 
 int mstr_getdelim(mstr *to, FILE *stream, char delimiter) {
-    if (mstr_clear(to) != 0 || stream == nullptr)
+    if (stream == nullptr)
+        mstr_clear(to);
+    if (stream == nullptr || !writable(to))
         return -1;
-    for (;;) {
-        if (to->lastlen == to->capacity && !room_for(to, to->lastlen + uint64_t{1}))
-            return 1;
+    int result = 1;
+    to->lastlen = 0;
+    while (result == 1 && (to->lastlen < to->capacity || room_for(to, to->lastlen + uint64_t{1}))) {
         uint32_t left = to->capacity - to->lastlen, room = left < piece_room ? left : piece_room;
         char *at = to->c_str + to->lastlen;
         uint32_t count = delimiter == '\n' && ferror_unlocked(stream) == 0
@@ -298,10 +308,13 @@ int mstr_getdelim(mstr *to, FILE *stream, char delimiter) {
                              : read_bytes(at, room, stream, delimiter);
         to->lastlen += count;
         if (count > 0 && at[count - 1] == delimiter)
-            return 0;
-        if (count < room)
-            return feof(stream) != 0 ? 2 : -1;
+            result = 0;
+        else if (count < room)
+            result = feof(stream) != 0 ? 2 : -1;
     }
+    memset(to->c_str + to->lastlen, 0, to->capacity - to->lastlen);
+    to->c_str[to->lastlen] = '\0';
+    return result;
 }
 
 int mstr_getline(mstr *to, FILE *stream) {

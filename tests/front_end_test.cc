@@ -1,3 +1,5 @@
+#include <sstream>
+
 #include "tests/device.h"
 
 using namespace zelta::test;
@@ -81,6 +83,24 @@ TEST_F(FrontEnd, ShowsAndSetsTheKernelsNames) {
         set("--domainname", "a/b", "status 1\nzelta\nhome\n"),
         set("--domainname", "a b", "status 1\nzelta\nhome\n"),
     });
+}
+
+// Whatever the first step of a command is, the ids are root's before it.
+TEST_F(FrontEnd, ProgramsAreRootsForUser500) {
+    std::string script;
+    for (const char *command :
+         {"start-usb-eth-if usb-auto", "restart-dhclient", "stop-usb-eth-if usb-auto", "start-usb-eth-if usb-manual",
+          "stop-usb-eth-if usb-manual", "start-wifi-if wifi-manual", "restart-wpa-supplicant", "wifi-scan",
+          "stop-wifi-if wifi-manual", "wifi-scan", "start-gprs-if gprs-auto", "stop-gprs-if gprs-auto", "open-ping in"})
+        script += as_500 + " zelta-ip --" + command + " >/run/out || cat /run/out; ";
+    script += "sed -n 's/^report //p' /run/sim/report | sort -u | xargs;"
+              "awk '/^report/ { program = $2 } /^[ug]id/ && $2 + $3 + $4 > 0 { print program, $0 }' /run/sim/report";
+    const std::string programs = "dhclient ifconfig iptables iwlist killall mount pppd ps route wpa_cli wpa_supplicant "
+                                 "zelta-net";
+    std::string replies, program;
+    for (std::istringstream each(programs); each >> program;)
+        replies += program + " report, ";
+    EXPECT_EQ(device_shell("rm /run/sim/trace; " + script, {.replies = replies}), programs + "\n");
 }
 
 } // namespace
