@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <optional>
 #include <vector>
 
 #include <sys/mman.h>
@@ -38,16 +39,18 @@ std::vector<entry> plain_reading(std::string_view text) {
     return entries;
 }
 
-// The lookup in the plain reading; "(none)" when the key is missing.
-std::string value_of(const std::vector<entry> &entries, std::string_view key) {
+using setting = std::optional<std::string>;
+
+// The lookup in the plain reading.
+setting value_of(const std::vector<entry> &entries, std::string_view key) {
     for (const entry &each : entries)
         if (each.key == key)
             return each.value;
-    return "(none)";
+    return {};
 }
 
-const char *shown(const char *value) {
-    return value != nullptr ? value : "(none)";
+setting stored(const char *value) {
+    return value != nullptr ? setting(value) : setting();
 }
 
 void check_table(const config_table &table, const std::vector<entry> &entries) {
@@ -61,21 +64,21 @@ void check_table(const config_table &table, const std::vector<entry> &entries) {
 void check_ip(const config_table &table, const std::vector<entry> &entries) {
     int result = exit_failed;
     const std::string output = printed([&] { result = val_ip_config_file(table); });
-    const std::string mode = value_of(entries, "config");
+    const setting mode = value_of(entries, "config");
     const bool manual = mode == "manual";
     bool complete = value_of(entries, "routes") == "default";
     for (const char *key : {"address", "netmask", "gateway"})
-        complete = complete && value_of(entries, key) != "(none)";
+        complete = complete && value_of(entries, key).has_value();
     require(result == (mode == "auto" || (manual && complete) ? exit_ok : exit_invalid),
             "the result for the IP settings");
     require(output.empty() == (!manual || complete), "a complaint about the IP settings");
     const int valid_mode = manual ? ip_mode_manual : ip_mode_auto;
     require(in_config.ip_mode == (result == exit_ok ? valid_mode : 0), "the mode");
     if (result == exit_ok && manual)
-        require(value_of(entries, "address") == shown(in_config.address) &&
-                    value_of(entries, "netmask") == shown(in_config.netmask) &&
-                    value_of(entries, "gateway") == shown(in_config.gateway) &&
-                    value_of(entries, "dns") == shown(in_config.dns),
+        require(value_of(entries, "address") == stored(in_config.address) &&
+                    value_of(entries, "netmask") == stored(in_config.netmask) &&
+                    value_of(entries, "gateway") == stored(in_config.gateway) &&
+                    value_of(entries, "dns") == stored(in_config.dns),
                 "an IP setting differs");
 }
 
@@ -84,18 +87,18 @@ void check_gprs(const config_table &table, const std::vector<entry> &entries) {
     const std::string output = printed([&] { result = val_gprs_config_file(table); });
     constexpr std::array<std::string_view, secrets_kinds> secrets_type_names = {"pap", "chap",
                                                                                 "srp"};
-    const std::string type = value_of(entries, "secrets-file");
+    const setting type = value_of(entries, "secrets-file");
     bool complete = type == "pap" || type == "chap" || type == "srp";
     for (const char *key : {"device", "connect", "disconnect"})
-        complete = complete && value_of(entries, key) != "(none)";
+        complete = complete && value_of(entries, key).has_value();
     require(result == (complete ? exit_ok : exit_invalid), "the result for the GPRS settings");
     require(output.empty() == complete, "a complaint about the GPRS settings");
     if (complete)
-        require(value_of(entries, "device") == shown(in_config.device) &&
-                    value_of(entries, "user") == shown(in_config.user) &&
-                    value_of(entries, "password") == shown(in_config.password) &&
-                    value_of(entries, "connect") == shown(in_config.connect) &&
-                    value_of(entries, "disconnect") == shown(in_config.disconnect) &&
+        require(value_of(entries, "device") == stored(in_config.device) &&
+                    value_of(entries, "user") == stored(in_config.user) &&
+                    value_of(entries, "password") == stored(in_config.password) &&
+                    value_of(entries, "connect") == stored(in_config.connect) &&
+                    value_of(entries, "disconnect") == stored(in_config.disconnect) &&
                     secrets_type_names.at(static_cast<size_t>(in_config.secrets_type)) == type,
                 "a GPRS setting differs");
 }
