@@ -21,13 +21,13 @@ TEST_F(Daemons, DhclientRestartServesTheSameInterface) {
 
 TEST_F(Daemons, DhclientRestartStopsAClientItCannotRestart) {
     auto restart = [](const std::string &before, const std::string &outcome, const std::string &faults = "",
-                      const std::string &dhclient = "exit 0\n") {
-        return expected_run{{.arguments = {"--restart-dhclient"},
-                             .files = {{REPLY "dhclient", dhclient}, {REPLY "ps", "print\n"}},
-                             .before = before,
-                             .after = "ls /var/run/dhclient.pid 2>/dev/null",
-                             .faults = faults},
-                            outcome};
+                      const std::string &dhclient = "0") {
+        return tool_run{"--restart-dhclient",
+                        outcome,
+                        {.replies = "dhclient exit " + dhclient + ", ps exit 0",
+                         .before = before,
+                         .after = "ls /var/run/dhclient.pid 2>/dev/null",
+                         .faults = faults}};
     };
     const std::string pid_file = " >/var/run/dhclient.pid";
     const std::string stopped = "$ ps\nstatus 4\n", kept = "status 4\n/var/run/dhclient.pid\n";
@@ -43,11 +43,10 @@ TEST_F(Daemons, DhclientRestartStopsAClientItCannotRestart) {
         restart("echo 123456" + pid_file, badly + stopped),
         restart("echo 12345" + pid_file, nowhere + stopped),
         restart("echo not-a-number" + pid_file, badly + stopped),
-        restart("printf 1x" + pid_file,
-                no_interface + stopped), // process 1, by losing the last one
+        restart("printf 1x" + pid_file, no_interface + stopped), // process 1, by losing the last one
         restart(own, no_interface + stopped),
         restart(own, internal + "dhclient command line couldn't be read.\n" + stopped, "fopen 2 5"),
-        restart(client, released + "... failed.\n" + stopped, "", "exit 1\n"),
+        restart(client, released + "... failed.\n" + stopped, "", "1"),
         restart(client, released + "$ ps\nStarting the dhcp client: \n... failed.\n" + stopped, "open 2 28"),
         restart(client, released + "$ ps\nStarting the dhcp client: \n$ dhclient usb0\nstatus 0\n"),
     });
@@ -55,12 +54,9 @@ TEST_F(Daemons, DhclientRestartStopsAClientItCannotRestart) {
 
 TEST_F(Daemons, SupplicantRestart) {
     auto restart = [](const std::string &before, const std::string &outcome, const std::string &faults = "none 1 1",
-                      const std::string &start = "exit 0\n") {
-        return expected_run{{.arguments = {"--restart-wpa-supplicant"},
-                             .files = {{REPLY "killall", "exit 1\n"}, {REPLY "wpa_supplicant", start}},
-                             .before = before,
-                             .faults = faults},
-                            outcome};
+                      const std::string &start = "exit 0") {
+        const std::string replies = "killall exit 1, wpa_supplicant " + start;
+        return tool_run{"--restart-wpa-supplicant", outcome, {.replies = replies, .before = before, .faults = faults}};
     };
     const std::string stopping = "Stopping the WPA supplicant: \n";
     const std::string started = stopping + "$ killall wpa_supplicant\n$ sleep 1\n"
@@ -69,7 +65,7 @@ TEST_F(Daemons, SupplicantRestart) {
     expect_transcripts({
         restart("", "The WPA supplicant is not running.\nstatus 0\n"),
         restart(marker, started + "status 0\n"),
-        restart(marker, started + "status 4\n", "none 1 1", "signal 9\n"),
+        restart(marker, started + "status 4\n", "none 1 1", "signal 9"),
         restart(marker,
                 stopping + "Call to fork failed in zelta_system_argv, error 11"
                            "Failed to stop the WPA supplicant.\nstatus 1\n",

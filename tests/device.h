@@ -1,7 +1,7 @@
-// Runs the real binary in a fresh simulated device and tells what happened there, as one
-// transcript: the lines of the tool and, between them, the programs that it ran ("$ iptables -A
-// INPUT ..."), then "status N". The banner, which every run begins with, is checked and taken off;
-// changing process ids read as N.
+// Runs the real binary in a fresh simulated device and tells what happened there, as one transcript:
+// the lines of the tool and, between them, the programs that it ran ("$ iptables -A INPUT ..."), then
+// "status N". The banner, which every run begins with, is checked and taken off; process ids, which
+// change, read as N.
 
 #pragma once
 
@@ -13,13 +13,11 @@
 
 namespace zelta::test {
 
-// Folders of the device: settings files, and replies that stand-ins give instead of doing their
-// work.
+// Folders of the device: settings files, and replies that stand-ins give instead of doing their work.
 #define SETTINGS "/home/main-user/.ip_config/"
 #define REPLY "/run/sim/reply/"
 
-struct device_run {
-    std::vector<std::string> arguments = {};
+struct device {
     std::vector<std::pair<std::string, std::string>> files = {}; // path and text
     std::string replies = {};                                    // of stand-ins, such as "route exit 7, pppd missing"
     std::string before = {};                                     // shell commands, run as root before the tool
@@ -28,21 +26,16 @@ struct device_run {
     std::string launcher = {}; // a command that starts the tool, such as "setpriv ... --"
 };
 
-// Whether the tool under test has numbers and pointers of 32 or of 64 bits.
-int tool_bits();
+// What a shell script prints in a device, where it can run the tool many times.
+std::string device_shell(const std::string &script, const device &in = {});
 
-// Runs the rows one after another, each in a device of its own.
-std::string transcript(const device_run &run);
-
-// Runs a shell script in one device, for many runs of the tool at once; what it printed.
-std::string device_shell(const std::string &script, const device_run &device = {});
-
-struct expected_run {
-    device_run run;
-    std::string transcript;
+struct tool_run {
+    std::string arguments, transcript; // arguments are the words of a shell
+    device in = {};
 };
 
-void expect_transcripts(const std::vector<expected_run> &rows);
+// Runs the rows one after another, each in a device of its own.
+void expect_transcripts(const std::vector<tool_run> &rows);
 
 // What the tool reports, after the line of the program, on a packet filter that ended normally.
 std::string filter(const std::string &arguments, int status = 0);

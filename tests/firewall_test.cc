@@ -6,70 +6,54 @@ namespace {
 
 using Firewall = DeviceTest;
 
-const std::string range_error = "Destination port conversion failed: Success\nstatus 1\n";
-const std::string overflow_error = "Destination port conversion failed: Numerical result out of range\nstatus 1\n";
-
-expected_run command(std::vector<std::string> arguments, const std::string &outcome) {
-    return {{.arguments = std::move(arguments)}, outcome};
+// A rule that the packet filter takes.
+tool_run rule(const std::string &arguments, const std::string &vector, const device &in = {}) {
+    return {arguments, filter(vector) + "status 0\n", in};
 }
 
 TEST_F(Firewall, TakesPortsAndPingOneRuleAtATime) {
-    auto rule = [](const std::string &arguments, int status = 0) {
-        return filter(arguments, status) + "status " + std::to_string(status) + "\n";
-    };
     expect_transcripts({
-        command({"--open-port", "tcp", "80", "out"}, rule("-A OUTPUT -p tcp --dport 80 -j ACCEPT")),
-        command({"--open-port", "udp", "1024", "in", "10.0.0.0/8"},
-                rule("-A INPUT -p udp --dport 1024 -j ACCEPT -s 10.0.0.0/8")),
-        command({"--open-port", "tcp", "65535", "in"}, rule("-A INPUT -p tcp --dport 65535 -j ACCEPT")),
-        command({"--open-ping", "in"}, rule("-A INPUT -p icmp --icmp-type 8 -j ACCEPT")),
-        command({"--open-ping", "out", "10.1.0.0/16"},
-                rule("-A OUTPUT -p icmp --icmp-type 8 -j ACCEPT -s 10.1.0.0/16")),
-        // No such rule: the filter's own words and exit code.
-        command({"--close-port", "tcp", "80", "in"},
-                "$ iptables -D INPUT -p tcp --dport 80 -j ACCEPT\n"
-                "iptables: Bad rule (does a matching rule exist in that chain?).\n"
-                "terminated normally status=1\nparent exit, res=1, pid=N\nstatus 1\n"),
-        {{.arguments = {"--close-ping", "in"},
-          .before = "for chain in INPUT OUTPUT; do /usr/lib/sim/iptables -A $chain -p icmp "
-                    "--icmp-type 8 -j ACCEPT; done",
-          .after = "/usr/lib/sim/iptables -S"},
-         rule("-D INPUT -p icmp --icmp-type 8 -j ACCEPT") + "-A OUTPUT -p icmp --icmp-type 8 -j ACCEPT\n"},
+        rule("--open-port tcp 80 out", "-A OUTPUT -p tcp --dport 80 -j ACCEPT"),
+        rule("--open-port udp 1024 in 10.0.0.0/8", "-A INPUT -p udp --dport 1024 -j ACCEPT -s 10.0.0.0/8"),
+        rule("--open-port tcp 65535 in", "-A INPUT -p tcp --dport 65535 -j ACCEPT"),
+        rule("--close-port tcp 80 in", "-D INPUT -p tcp --dport 80 -j ACCEPT", {.replies = "iptables exit 0"}),
+        rule("--open-ping in", "-A INPUT -p icmp --icmp-type 8 -j ACCEPT"),
+        rule("--open-ping out 10.1.0.0/16", "-A OUTPUT -p icmp --icmp-type 8 -j ACCEPT -s 10.1.0.0/16"),
+        rule("--close-ping in", "-D INPUT -p icmp --icmp-type 8 -j ACCEPT", {.replies = "iptables exit 0"}),
+        // What follows the digits is the packet filter's to judge, whose words and status are its own.
+        {"--open-port tcp 2000x in", "$ iptables -A INPUT -p tcp --dport 2000x -j ACCEPT\n"
+                                     "iptables: invalid port/service `2000x' specified\n"
+                                     "terminated normally status=2\nparent exit, res=2, pid=N\nstatus 2\n"},
     });
 }
 
 TEST_F(Firewall, JudgesProtocolThenPortThenDirection) {
+    const std::string failure = "Destination port conversion failed: ", out_of_range = failure + "Success\nstatus 1\n";
     expect_transcripts({
-        command({"--open-port", "TCP", "x", "in"}, "status 1\n"),
-        command({"--open-port", "icmp", "-1", "in"}, "status 1\n"),
-        command({"--open-port", "tcp", "65536", "sideways"}, range_error),
-        command({"--open-port", "tcp", "-1", "out"}, range_error),
-        command({"--close-port", "udp", "4294967376", "out"}, tool_bits() == 32 ? overflow_error : range_error),
-        command({"--open-port", "tcp", "99999999999999999999", "out"}, overflow_error),
-        command({"--open-port", "tcp", "2000", "IN"}, "status 1\n"),
-        command({"--open-port", "tcp", "1023", "in"}, "status 1\n"),
-        command({"--open-port", "tcp", "", "in"}, "status 1\n"),
-        command({"--open-ping", "both"}, "status 1\n"),
-        // What follows the digits is the packet filter's to judge.
-        command({"--open-port", "tcp", "2000x", "in"},
-                "$ iptables -A INPUT -p tcp --dport 2000x -j ACCEPT\n"
-                "iptables: invalid port/service `2000x' specified\n"
-                "terminated normally status=2\nparent exit, res=2, pid=N\nstatus 2\n"),
+        {"--open-port TCP x in", "status 1\n"},
+        {"--open-port icmp -1 in", "status 1\n"},
+        {"--open-port tcp 65536 sideways", out_of_range},
+        {"--open-port tcp -1 out", out_of_range},
+        {"--open-port tcp 99999999999999999999 out", failure + "Numerical result out of range\nstatus 1\n"},
+        {"--close-port udp 4294967376 out 2>&1 | sed s/:.*//", "Destination port conversion failed\nstatus 0\n"},
+        {"--open-port tcp 2000 IN", "status 1\n"},
+        {"--open-port tcp 1023 in", "status 1\n"},
+        {"--open-port tcp '' in", "status 1\n"},
+        {"--open-ping both", "status 1\n"},
     });
 }
 
 TEST_F(Firewall, ReportsHowTheFilterEnded) {
-    const std::vector<std::string> open = {"--open-ping", "in"};
-    const std::string vector = "$ iptables -A INPUT -p icmp --icmp-type 8 -j ACCEPT\n";
+    const std::string open = "--open-ping in", ran = "$ iptables -A INPUT -p icmp --icmp-type 8 -j ACCEPT\n";
+    auto ends = [](const std::string &status) {
+        return "parent exit, res=" + status + ", pid=N\nstatus " + status + "\n";
+    };
     expect_transcripts({
-        {{.arguments = open, .files = {{REPLY "iptables", "exit 7\nbusy\n"}}},
-         vector + "busy\nterminated normally status=7\nparent exit, res=7, pid=N\nstatus 7\n"},
-        {{.arguments = open, .replies = "iptables signal 9"},
-         vector + "terminated by signal 9\nparent exit, res=9, pid=N\nstatus 9\n"},
-        {{.arguments = open, .replies = "iptables missing"},
-         "child exit???\nterminated normally status=4\nparent exit, res=4, pid=N\nstatus 4\n"},
-        {{.arguments = open, .faults = "fork 1 11"}, "fork fail\nstatus 4\n"},
-        {{.arguments = open, .faults = "waitpid 1 10"}, vector + "parent exit, res=4, pid=N\nstatus 4\n"},
+        {open, ran + "terminated normally status=7\n" + ends("7"), {.replies = "iptables exit 7"}},
+        {open, ran + "terminated by signal 9\n" + ends("9"), {.replies = "iptables signal 9"}},
+        {open, "child exit???\nterminated normally status=4\n" + ends("4"), {.replies = "iptables missing"}},
+        {open, "fork fail\nstatus 4\n", {.faults = "fork 1 11"}},
+        {open, ran + ends("4"), {.faults = "waitpid 1 10"}},
     });
 }
 

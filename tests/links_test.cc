@@ -55,13 +55,12 @@ std::string flushed(int status, const std::string &failure = "", const std::stri
 
 // A command on the settings file "s" with this text, and what follows the reading of that file; the
 // device's programs do nothing, and succeed.
-expected_run link(const std::string &option, const std::string &text, const std::string &outcome, device_run run = {}) {
-    run.arguments = {option, "s"};
-    run.files.insert(run.files.begin(), {{SETTINGS "s", text}, {SETTINGS "wlan-config", "ap=1\n"}});
-    run.replies = "ifconfig exit 0, route exit 0, dhclient exit 0, wpa_supplicant exit 0, pppd exit 0,"
-                  "wpa_cli exit 0, mount exit 0, zelta-net exit 0, iptables exit 0, " +
-                  run.replies;
-    return {run, (option.ends_with("wifi-if") ? wlan_read : ip_read) + outcome};
+tool_run link(const std::string &option, const std::string &text, const std::string &outcome, device in = {}) {
+    in.files.insert(in.files.begin(), {{SETTINGS "s", text}, {SETTINGS "wlan-config", "ap=1\n"}});
+    in.replies = "ifconfig exit 0, route exit 0, dhclient exit 0, wpa_supplicant exit 0, pppd exit 0,"
+                 "wpa_cli exit 0, mount exit 0, zelta-net exit 0, iptables exit 0, " +
+                 in.replies;
+    return {option + " s", (option.ends_with("wifi-if") ? wlan_read : ip_read) + outcome, in};
 }
 
 TEST_F(Links, StartByDhcpOrByHand) {
@@ -97,35 +96,28 @@ TEST_F(Links, StartAttemptsEveryStep) {
 }
 
 TEST_F(Links, StartNeedsItsSettings) {
-    const std::string missing = " not found (reason: No such file or directory)\nstatus 2\n";
-    std::vector<expected_run> rows = {
-        link("--stop-wifi-if", manual, ""),
-        link("--start-wifi-if", manual, "", {.before = "rm " SETTINGS "wlan-config"}),
-        link("--start-gprs-if", manual, "", {.before = "rm " SETTINGS "gprs-config"}),
-        link("--start-usb-eth-if", manual, "", {.faults = "fopen 1 13"}),
-        link("--start-usb-eth-if", manual, "", {.faults = "malloc 1 12"}),
-        link("--start-usb-eth-if", "", by_hand("usb0") + done, {.files = {{"/tmp/x", manual}}}),
-        link("--start-usb-eth-if", "config=DHCP\n", "status 1\n"),
-        link("--stop-usb-eth-if", "config=manual\n", "No IP address specified\nstatus 1\n"),
-        link("--start-gprs-if", manual, modem_read + "Unrecognised secrets file type ((null))\nstatus 1\n",
-             {.files = {{SETTINGS "gprs-config", "device=x\n"}}}),
+    auto missing = [](const std::string &file) {
+        return SETTINGS + file + " not found (reason: No such file or directory)\nstatus 2\n";
     };
-    // Where the file of the command line is not read to its end, the transcript is this.
-    rows[0].run.arguments[1] = "none";
-    rows[0].transcript = SETTINGS "none" + missing;
-    rows[1].transcript = SETTINGS "wlan-config" + missing;
-    rows[2].transcript = SETTINGS "gprs-config" + missing;
-    rows[3].transcript = "Parsing IP config file\nOpen failed\n: Permission denied\nstatus 2\n";
-    rows[4].transcript = "status 4\n";
-    rows[5].run.arguments[1] = "../../../tmp/x";
-    expect_transcripts(rows);
+    const std::string lacking = "Unrecognised secrets file type ((null))\nstatus 1\n";
+    expect_transcripts({
+        {"--stop-wifi-if none", missing("none")},
+        {"--start-wifi-if wifi-auto", missing("wlan-config"), {.before = "rm " SETTINGS "wlan-config"}},
+        {"--start-gprs-if gprs-auto", missing("gprs-config"), {.before = "rm " SETTINGS "gprs-config"}},
+        {"--start-usb-eth-if usb-auto",
+         "Parsing IP config file\nOpen failed\n: Permission denied\nstatus 2\n",
+         {.faults = "fopen 1 13"}},
+        {"--start-usb-eth-if usb-auto", "status 4\n", {.faults = "malloc 1 12"}},
+        {"--start-usb-eth-if ../../../tmp/x", ip_read + "status 1\n", {.before = "echo config=DHCP >/tmp/x"}},
+        link("--stop-usb-eth-if", "config=manual\n", "No IP address specified\nstatus 1\n"),
+        link("--start-gprs-if", manual, modem_read + lacking, {.files = {{SETTINGS "gprs-config", "device=x\n"}}}),
+    });
 }
 
 TEST_F(Links, GprsIsThePppDaemonsWork) {
-    auto gprs = [](const std::string &text, const std::string &outcome, device_run run,
-                   const std::string &config = modem) {
-        run.files.insert(run.files.begin(), {{SETTINGS "gprs-config", config}});
-        return link("--start-gprs-if", text, outcome, run);
+    auto gprs = [](const std::string &text, const std::string &outcome, device in, const std::string &config = modem) {
+        in.files.insert(in.files.begin(), {{SETTINGS "gprs-config", config}});
+        return link("--start-gprs-if", text, outcome, in);
     };
     const std::string resolv = "echo nameserver 9.9.9.9 >/etc/ppp/resolv.conf;";
     const std::string open_secrets = "cd /etc/ppp; umask 077; echo old | tee pap-secrets >srp-secrets;"

@@ -24,70 +24,63 @@ std::string line(const std::string &ssid, const std::string &security = "[NONE]"
 }
 
 // A scan of this listing while a supplicant runs.
-expected_run listing(const std::string &text, const std::string &report) {
-    return {{.arguments = {"--wifi-scan"}, .files = {{REPLY "iwlist", "print\n" + text}}, .before = marker},
-            iwlist + report};
+tool_run listing(const std::string &text, const std::string &report) {
+    return {"--wifi-scan", iwlist + report, {.files = {{REPLY "iwlist", "print\n" + text}}, .before = marker}};
 }
 
 TEST_F(Scan, ReportsEachCellWithAnSsid) {
-    const std::string dropped = header + "SSID format error.\nstatus 0\n";
-    const std::string elements = "                    Quality=70/70  Signal level=-36 dBm  Noise level=-90 dBm\n"
-                                 "                    Encryption key:on\n" +
-                                 essid("office") +
-                                 "                    IE: Unknown: 000\n"
-                                 "                    IE: IEEE 802.11i/WPA2 Version 1\n"
-                                 "                        Authentication Suites (1) : PSK\n";
-    const std::string filler = std::string(98, 'x') + "\n";
-    std::string full = first, exact = "Cell" + std::string(95, ' ');
+    const std::string good = "status 0\n", dropped = header + "SSID format error.\n" + good;
+    const std::string none = "SSID not found.\n", s35(35, 's'), x95(95, 'x');
+    const std::string levels = "  Quality=70/70/700  Signal level=-123456 dBm  Noise level=-654321 dBm\n";
+    const std::string elements = "  Encryption key:on\n" + essid("office") +
+                                 "  IE: Unknown: 000\n  IE: IEEE 802.11i/WPA2 Version 1\n"
+                                 "      Authentication Suites (1) : PSK\n";
+    std::string full = first;
     for (int i = 0; i < 20; i++)
-        full += filler;
+        full += std::string(98, 'x') + "\n";
     expect_transcripts({
-        listing("", "status 0\n"),
-        listing("wlan0     No scan results\n", "status 0\n"),
-        listing(first + elements, header + line("office", "[WPA2-PSK-CCMP]", "70/70", "-36", "-90") + "status 0\n"),
-        listing(first + essid("x") + "Quality=70/70/70/7 Signal level=-123456789 dBm\n",
-                header + line("x") + "status 0\n"),
-        listing(first + essid("a") + first + "ESSID:\"b\"", header + line("a") + line("b") + "status 0\n"),
-        listing(first + essid("a") + "Cell 02", header + line("a") + "status 0\n"),
-        listing(first + essid("a") + exact, header + line("a") + "SSID not found.\nstatus 0\n"),
-        listing("Cell 01", header + "status 0\n"),
-        listing(first + essid("Cellar"), header + "SSID not found.\n" + line("Cellar") + "status 0\n"),
-        listing(first + "Channel:1\n", header + "SSID not found.\nstatus 0\n"),
+        listing("", good),
+        listing("wlan0     No scan results\n", good),
+        listing(first + levels + elements,
+                header + line("office", "[WPA2-PSK-CCMP]", "70/70/700", "-123456", "-654321") + good),
+        listing(first + essid("x") + "Quality=70/70/7000  Signal level=-1234567  Noise level=-7654321 \n",
+                header + line("x") + good),
+        listing(first + essid("a") + first + "ESSID:\"b\"", header + line("a") + line("b") + good),
+        listing(first + essid("a") + "Cell 02", header + line("a") + good),
+        listing(first + essid("a") + "Cell" + std::string(95, ' '), header + line("a") + none + good),
+        listing("Cell 01", header + good),
+        listing(first + essid("Cellar"), header + none + line("Cellar") + good),
         listing(first + "ESSID:off\n", dropped),
         listing(first + "ESSID:\"off\n", dropped),
-        listing(first + essid(""), header + line("") + "status 0\n"),
-        listing(first + essid(std::string(35, 's')), header + line(std::string(35, 's')) + "status 0\n"),
-        listing(first + essid(std::string(36, 's')), header + "status 0\n"),
-        listing("Cell" + std::string(95, 'x') + "ESSID:\"a\"" + std::string(90, 'y') + "Cell\n" + essid("b"),
-                header + line("a") + line("b") + "status 0\n"),
+        listing(first + essid(""), header + line("") + good),
+        listing(first + essid(s35), header + line(s35) + good),
+        listing(first + essid(s35 + "s"), header + good),
+        listing("Cell" + x95 + "ESSID:\"a\"" + x95.substr(5) + "Cell\n" + essid("b"),
+                header + line("a") + line("b") + good),
         // 46 + 20 * 99 characters leave room for 22: not for the SSID's line, but for the last one.
-        listing(full + essid("left out") + "ESSID:\"fits\"\n", header + line("fits") + "status 0\n"),
+        listing(full + essid("left out") + "ESSID:\"fits\"\n", header + line("fits") + good),
     });
 }
 
 TEST_F(Scan, StopsOnlyTheSupplicantItStarted) {
     auto scan = [](const std::string &reply, const std::string &before, const std::string &outcome,
                    const std::string &faults = "") {
-        return expected_run{
-            {.arguments = {"--wifi-scan"}, .files = {{REPLY "iwlist", reply}}, .before = before, .faults = faults},
-            outcome};
+        const device in = {.files = {{REPLY "iwlist", reply}}, .before = before, .faults = faults};
+        return tool_run{"--wifi-scan", outcome, in};
     };
-    const std::string cell = "print\n" + first + essid("a");
-    const std::string no_fork = "Call to fork failed, error 11\n";
-    const std::string not_started = "Failed to start the scan.\n";
+    const std::string cell = "print\n" + first + essid("a"), none = "missing\n", found = iwlist + header;
+    const std::string no_fork = "Call to fork failed", not_started = "Failed to start the scan.\n";
     expect_transcripts({
-        scan(cell, "", start + iwlist + header + line("a") + stop + "status 0\n"),
-        scan("missing\n", "", start + stop + "status 0\n"),
-        scan("signal 9\n" + first, marker, iwlist + header + "SSID not found.\nstatus 0\n"),
-        scan(cell, "",
-             "Call to fork failed in zelta_system_argv, error 11"
-             "Failed to start WPA supplicant.\nstatus 4\n",
+        scan(cell, "", start + found + line("a") + stop + "status 0\n"),
+        scan(none, "", start + stop + "status 0\n"),
+        scan("signal 9\n" + first, marker, found + "SSID not found.\nstatus 0\n"),
+        scan(cell, "", no_fork + " in zelta_system_argv, error 11Failed to start WPA supplicant.\nstatus 4\n",
              "fork 1 11"),
-        scan(cell, "", start + no_fork + not_started + stop + "status 4\n", "fork 2 11"),
+        scan(cell, "", start + no_fork + ", error 11\n" + not_started + stop + "status 4\n", "fork 2 11"),
         scan(cell, marker, not_started + "status 4\n", "pipe 1 24"),
-        scan("missing\n", marker, not_started + "status 4\n", "fdopen 1 12"),
+        scan(none, marker, not_started + "status 4\n", "fdopen 1 12"),
         scan(cell, "", start + iwlist + "Failed to scan\n" + stop + "status 4\n", "fgets 1 5"),
-        scan(cell + first + essid("b"), marker, iwlist + header + line("a") + "Failed to scan - 1\nstatus 4\n",
+        scan(cell + first + essid("b"), marker, found + line("a") + "Failed to scan - 1\nstatus 4\n",
              "fgets 4 5\nferror 1 5\nferror 1 5"),
     });
 }
