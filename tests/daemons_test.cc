@@ -73,43 +73,4 @@ TEST_F(Daemons, SupplicantRestart) {
     });
 }
 
-// What became of five processes when a stop interrupts clients by name. The listing is padded so that
-// one line has exactly as many characters, its end included, as the last parameter says.
-TEST_F(Daemons, InterruptsByName) {
-    const std::string script = R"(
-for i in 1 2 3 4 5; do
-    env --default-signal=INT sleep 1000 & pids[i]=$!
-    until [[ $(<"/proc/$!/comm") == sleep ]]; do :; done
-done
-line() { printf '%7s ? 00:00:00 %s\n' "$1" "$2"; }
-{   echo print
-    echo '  PID TTY TIME dhclient'
-    line "${pids[1]}" 'dhclient usb0'
-    line "${pids[2]}" 'less dhclient.log'
-    line "${pids[3]}" 'bystander'
-    line 0 dhclient; line -1 dhclient; line 4294967297 dhclient; line 99999999999999999999 dhclient
-    echo 'dhclient-without-a-blank'
-    line 999999 dhclient
-    long=$(line "${pids[4]}" dhclient)
-    printf '%s%*s\n' "$long" $((LENGTH - ${#long} - 1)) ''
-    line "${pids[5]}" 'dhclient wlan0'
-} >/run/sim/reply/ps
-echo config=auto >)" SETTINGS R"(s
-zelta-ip --stop-usb-eth-if s | grep -A1 '^Could not'
-for i in 1 2 3 4 5; do
-    kill "${pids[i]}"; wait "${pids[i]}"
-    how=$(kill -l $?)
-    echo "$i $how" # of two signals the interrupt comes first
-done 2>/dev/null
-)";
-    const std::string gone = "Could not kill process - 999999 because of No such process\n";
-    auto outcome = [&](const std::string &length) {
-        std::string output = device_shell("LENGTH=" + length + script, {.replies = "dhclient exit 0"});
-        return output.substr(output.find("Could not"));
-    };
-    const std::string next = "terminated normally status=0\n";
-    EXPECT_EQ(outcome("256"), gone + next + "1 INT\n2 INT\n3 TERM\n4 INT\n5 INT\n");
-    EXPECT_EQ(outcome("257"), gone + next + "1 INT\n2 INT\n3 TERM\n4 TERM\n5 TERM\n");
-}
-
 } // namespace

@@ -25,18 +25,19 @@ const std::string wlan_read = "Parsing WLAN IP config file\n" + ip_read.substr(2
 const std::string supplicant =
     "Parsing WLAN config file\n" + parsed + "$ wpa_supplicant -iwlan0 -c" SETTINGS "wlan-config -B\n";
 const std::string modem_read = "Parsing GPRS config file\n" + parsed + "Validate GPRS config file\n";
-const std::string pppd = modem_read + "$ pppd file /etc/ppp/pppd-config\n";
 const std::string done = "init_network_if successful\nstatus 0\n";
 const std::string failed = "init_network_if unsuccessful\nstatus 4\n";
-const std::string holes = "Auto IP config\n" + filter("-A OUTPUT -p udp --dport 67 -j ACCEPT") +
-                          filter("-A INPUT -p udp --dport 68 -j ACCEPT");
 const std::string release = "Clearing Auto IP config setting\n$ dhclient -r\n";
 const std::string dhcp_runs = "echo 99999 >/var/run/dhclient.pid";
-const std::string supplicant_runs = "mkdir /var/run/wpa_supplicant;"
-                                    "touch /var/run/wpa_supplicant/wlan0";
+const std::string supplicant_runs = "cd /var/run; mkdir wpa_supplicant; touch wpa_supplicant/wlan0";
 
 std::string route(const std::string &interface, const std::string &verb = "add") {
     return "$ route " + verb + " default netmask 255.0.0.0 gw 10.0.0.1 " + interface + "\n";
+}
+
+std::string holes(int status = 0) {
+    return "Auto IP config\n" + filter("-A OUTPUT -p udp --dport 67 -j ACCEPT", status) +
+           filter("-A INPUT -p udp --dport 68 -j ACCEPT", status);
 }
 
 std::string by_hand(const std::string &interface) {
@@ -48,9 +49,13 @@ std::string clear(const std::string &interface) {
 }
 
 // What a stop prints from the flushes on.
-std::string flushed(int status, const std::string &failure = "", const std::string &failure2 = "") {
+std::string flushed(int status = 0, const std::string &failure = "", const std::string &failure2 = "") {
     return filter("--flush OUTPUT", status) + failure + filter("--flush INPUT", status) + failure2 +
            "$ mount -o remount,exec /etc/\n$ zelta-net\n$ mount -o remount,noexec /etc/\n";
+}
+
+std::string down(const std::string &interface) {
+    return "$ ifconfig " + interface + " down\n";
 }
 
 // A command on the settings file "s" with this text, and what follows the reading of that file; the
@@ -64,34 +69,31 @@ tool_run link(const std::string &option, const std::string &text, const std::str
 }
 
 TEST_F(Links, StartByDhcpOrByHand) {
+    const std::string usb = "--start-usb-eth-if", pan = "--start-bluetooth-pan-if", wifi = "--start-wifi-if";
+    const std::string conf = std::string("interface \"usb0\" {\n") + dhcp_conf;
     expect_transcripts({
-        link("--start-usb-eth-if", dhcp, holes + "$ dhclient usb0\n" + done + "interface \"usb0\" {\n" + dhcp_conf,
-             {.after = "cat /etc/dhclient.conf"}),
-        link("--start-bluetooth-pan-if", dhcp, "Auto IP config\n" + done, {.before = dhcp_runs}),
-        link("--start-bluetooth-pan-if", manual, by_hand("bnep0") + done),
-        link("--start-usb-eth-if", manual, by_hand("usb0") + done, {.before = dhcp_runs}),
-        link("--start-wifi-if", dhcp, supplicant + holes + "$ dhclient wlan0\n" + done),
-        link("--start-wifi-if", manual, supplicant + by_hand("wlan0") + done, {.replies = "wpa_supplicant exit 255"}),
+        link(usb, dhcp, holes() + "$ dhclient usb0\n" + done + conf, {.after = "cat /etc/dhclient.conf"}),
+        link(pan, dhcp, "Auto IP config\n" + done, {.before = dhcp_runs}),
+        link(pan, manual, by_hand("bnep0") + done),
+        link(usb, manual, by_hand("usb0") + done, {.before = dhcp_runs}),
+        link(wifi, dhcp, supplicant + holes() + "$ dhclient wlan0\n" + done),
+        link(wifi, manual, supplicant + by_hand("wlan0") + done, {.replies = "wpa_supplicant exit 255"}),
     });
 }
 
 TEST_F(Links, StartAttemptsEveryStep) {
-    const std::string no_file = "ls: cannot access '/etc/dhclient.conf': No such file or directory\n";
+    const std::string usb = "--start-usb-eth-if";
     expect_transcripts({
-        link("--start-usb-eth-if", dhcp,
-             "Auto IP config\n" + filter("-A OUTPUT -p udp --dport 67 -j ACCEPT", 3) +
-                 filter("-A INPUT -p udp --dport 68 -j ACCEPT", 3) + "$ dhclient usb0\n" + failed,
-             {.replies = "iptables exit 3"}),
-        link("--start-usb-eth-if", dhcp, holes + failed, {.before = "ln -s /dev/full /etc/dhclient.conf"}),
-        link("--start-usb-eth-if", dhcp, holes + failed, {.before = "mkdir /etc/dhclient.conf"}),
-        link("--start-usb-eth-if", dhcp, holes + failed + no_file,
-             {.after = "ls /etc/dhclient.conf 2>&1", .faults = "gethostname 1 14"}),
-        link("--start-usb-eth-if", manual, "Manual IP config\nchild exit???\n" + route("usb0") + failed,
+        link(usb, dhcp, holes(3) + "$ dhclient usb0\n" + failed, {.replies = "iptables exit 3"}),
+        link(usb, dhcp, holes() + failed, {.before = "ln -s /dev/full /etc/dhclient.conf"}),
+        link(usb, dhcp, holes() + failed, {.before = "mkdir /etc/dhclient.conf"}),
+        link(usb, dhcp, holes() + failed + "1\n",
+             {.after = "[ -e /etc/dhclient.conf ]; echo $?", .faults = "gethostname 1 14"}),
+        link(usb, manual, "Manual IP config\nchild exit???\n" + route("usb0") + failed,
              {.replies = "ifconfig missing"}),
-        link("--start-usb-eth-if", manual, "Manual IP config\nfork fail\n" + route("usb0") + failed,
-             {.faults = "fork 1 11"}),
-        link("--start-usb-eth-if", manual, by_hand("usb0") + "parent exit\n" + failed, {.faults = "waitpid 2 4"}),
-        link("--start-usb-eth-if", manual, by_hand("usb0") + failed, {.replies = "route signal 4"}),
+        link(usb, manual, "Manual IP config\nfork fail\n" + route("usb0") + failed, {.faults = "fork 1 11"}),
+        link(usb, manual, by_hand("usb0") + "parent exit\n" + failed, {.faults = "waitpid 2 4"}),
+        link(usb, manual, by_hand("usb0") + failed, {.replies = "route signal 4"}),
     });
 }
 
@@ -117,91 +119,83 @@ TEST_F(Links, StartNeedsItsSettings) {
 TEST_F(Links, GprsIsThePppDaemonsWork) {
     auto gprs = [](const std::string &text, const std::string &outcome, device in, const std::string &config = modem) {
         in.files.insert(in.files.begin(), {{SETTINGS "gprs-config", config}});
-        return link("--start-gprs-if", text, outcome, in);
+        return link("--start-gprs-if", text, modem_read + outcome, in);
     };
-    const std::string resolv = "echo nameserver 9.9.9.9 >/etc/ppp/resolv.conf;";
+    const std::string pppd = "$ pppd file /etc/ppp/pppd-config\n",
+                      resolv = "echo server 9.9.9.9 >/etc/ppp/resolv.conf;";
     const std::string open_secrets = "cd /etc/ppp; umask 077; echo old | tee pap-secrets >srp-secrets;"
                                      "umask 0; echo old >chap-secrets";
-    const std::string look = "cd /etc/ppp; cat pppd-config; grep . *-secrets; stat -c %a *-secrets;"
-                             "cat /etc/resolv.conf";
-    std::string sleeps;
+    const std::string look =
+        "cd /etc/ppp; cat pppd-config; grep . *-secrets; stat -c %a *-secrets; cat /etc/resolv.conf";
+    const std::string secrets = "chap-secrets:'web' * 'pw' *\npap-secrets:old\nsrp-secrets:old\n600\n600\n600\n";
+    std::string sleeps, automatic = options, no_user = modem, no_password = modem;
     for (int i = 0; i < 10; i++)
         sleeps += "$ sleep 1\n";
-    std::string automatic = options;
     automatic.insert(automatic.find("user"), "defaultroute\n").append("usepeerdns\n");
-    std::string no_user = modem, no_password = modem;
     no_user.erase(no_user.find("user"), sizeof "user=web");
     no_password.erase(no_password.find("password"), sizeof "password=pw");
-    const std::string success = pppd + "start_gprs_if successful\nstatus 0\n";
+    const std::string success = pppd + "start_gprs_if successful\nstatus 0\n", path = "/etc/ppp/resolv.conf ";
     const std::string failure = "start_pppd failed\nstatus 4\n";
-    const std::string no_open = modem_read + "Open failed: Is a directory\nstart_pppd failed\nstatus 2\n";
+    const std::string no_open = "Open failed: Is a directory\nstart_pppd failed\nstatus 2\n";
     expect_transcripts({
-        gprs(dhcp,
-             success + automatic +
-                 "chap-secrets:'web' * 'pw' *\npap-secrets:old\nsrp-secrets:old\n600\n600\n600\n"
-                 "nameserver 9.9.9.9\n",
+        gprs(dhcp, success + automatic + secrets + "server 9.9.9.9\n",
              {.before = resolv + open_secrets, .after = look}),
         gprs(manual, pppd + by_hand("ppp0") + "status 0\n" + options,
              {.before = resolv, .after = "cat /etc/ppp/pppd-config"}),
         gprs(dhcp, success + "* * 'pw' *\n", {.before = resolv, .after = "cat /etc/ppp/chap-secrets"}, no_user),
         gprs(dhcp, success + "pppd-config\n", {.replies = "pppd signal 4", .before = resolv, .after = "ls /etc/ppp"},
              no_password),
-        gprs(manual, pppd + sleeps + "/etc/ppp/resolv.conf couldn't be found: No such file or directory\n" + failure,
+        gprs(manual, pppd + sleeps + path + "couldn't be found: No such file or directory\n" + failure,
              {.faults = "none 1 1"}),
-        gprs(manual, pppd + "/etc/ppp/resolv.conf move failed: Invalid cross-device link\n" + failure,
+        gprs(manual, pppd + path + "move failed: Invalid cross-device link\n" + failure,
              {.before = resolv, .faults = "rename 1 18"}),
-        gprs(manual, modem_read + "fork fail\n" + failure, {.before = resolv, .faults = "fork 1 11"}),
+        gprs(manual, "fork fail\n" + failure, {.before = resolv, .faults = "fork 1 11"}),
         gprs(manual, no_open, {.before = "mkdir /etc/ppp/pppd-config"}),
         gprs(manual, no_open, {.before = "mkdir /etc/ppp/chap-secrets"}),
-        gprs(manual, modem_read + failure, {.launcher = "sh -c 'trap \"\" XFSZ; ulimit -f 0; exec \"$@\"' --"}),
+        gprs(manual, failure, {.launcher = "sh -c 'trap \"\" XFSZ; ulimit -f 0; exec \"$@\"' --"}),
     });
 }
 
 TEST_F(Links, StopUndoesTheStart) {
+    const std::string usb = "--stop-usb-eth-if", pan = "--stop-bluetooth-pan-if", wifi = "--stop-wifi-if";
     expect_transcripts({
-        link("--stop-usb-eth-if", manual, clear("usb0") + flushed(0) + "$ ifconfig usb0 down\nstatus 0\n"),
-        link("--stop-bluetooth-pan-if", dhcp,
-             release + "$ ps\n" + flushed(0) + "$ ifconfig bnep0 down\nstatus 0\ninterface \"-r\" {\n",
+        link(usb, manual, clear("usb0") + flushed() + down("usb0") + "status 0\n"),
+        link(pan, dhcp, release + "$ ps\n" + flushed() + down("bnep0") + "status 0\ninterface \"-r\" {\n",
              {.before = dhcp_runs, .after = "head -1 /etc/dhclient.conf; ls /var/run | grep dhc"}),
-        link("--stop-wifi-if", manual,
-             "$ wpa_cli terminate\n" + clear("wlan0") + flushed(0) + "$ ifconfig wlan0 down\nstatus 0\n",
+        link(wifi, manual, "$ wpa_cli terminate\n" + clear("wlan0") + flushed() + down("wlan0") + "status 0\n",
              {.before = supplicant_runs}),
-        link("--stop-wifi-if", manual, clear("wlan0") + flushed(0) + "$ ifconfig wlan0 down\nstatus 0\n"),
-        link("--stop-gprs-if", dhcp, "$ ps\n" + flushed(0) + "status 0\n", {.before = "touch /var/run/ppp0.pid"}),
-        link("--stop-gprs-if", manual, flushed(0) + clear("ppp0") + "$ ifconfig ppp0 down\nstatus 0\n"),
+        link(wifi, manual, clear("wlan0") + flushed() + down("wlan0") + "status 0\n"),
+        link("--stop-gprs-if", dhcp, "$ ps\n" + flushed() + "status 0\n", {.before = "touch /var/run/ppp0.pid"}),
+        link("--stop-gprs-if", manual, flushed() + clear("ppp0") + down("ppp0") + "status 0\n"),
     });
 }
 
 TEST_F(Links, StopGoesOnAfterEachFailure) {
-    const std::string no_ps = "Call to fork failed, error 11\n";
-    const std::string no_route = "Failed to disable default gateway for ";
+    const std::string usb = "--stop-usb-eth-if", gprs = "--stop-gprs-if", no_fork = "Call to fork failed";
+    auto route_fails = [](const std::string &interface) {
+        return clear(interface) + "Failed to disable default gateway for " + interface + " interface.\n";
+    };
+    const std::string no_flush[] = {"Failed to flush IP table rules for output chain.\n",
+                                    "Failed to flush IP table rules for input chain.\n"};
+    const std::string no_ps = no_fork + ", error 11\n", no_pppd = "Failed to stop PPP daemon.";
+    const std::string no_wpa_cli = no_fork + " in zelta_system_argv, error 11Failed to stop the WPA supplicant.\n"
+                                             "Failed to stop WPA supplicant.\n";
     expect_transcripts({
-        link("--stop-usb-eth-if", manual,
-             clear("usb0") + no_route + "usb0 interface.\n" +
-                 flushed(1, "Failed to flush IP table rules for output chain.\n",
-                         "Failed to flush IP table rules for input chain.\n") +
-                 "$ ifconfig usb0 down\nFailed to release IP address.\nstatus 4\n",
+        link(usb, manual,
+             route_fails("usb0") + flushed(1, no_flush[0], no_flush[1]) + down("usb0") +
+                 "Failed to release IP address.\nstatus 4\n",
              {.replies = "iptables exit 1, route exit 7, ifconfig exit 1, mount exit 1"}),
-        link("--stop-gprs-if", manual,
-             flushed(0) + clear("ppp0") + no_route + "ppp0 interface.\n$ ifconfig ppp0 down\nstatus 4\n",
+        link(gprs, manual, flushed() + route_fails("ppp0") + down("ppp0") + "status 4\n", {.replies = "route exit 7"}),
+        link("--stop-bluetooth-pan-if", manual, route_fails("bnep0") + flushed() + down("bnep0") + "status 4\n",
              {.replies = "route exit 7"}),
-        link("--stop-bluetooth-pan-if", manual,
-             clear("bnep0") + no_route + "bnep0 interface.\n" + flushed(0) + "$ ifconfig bnep0 down\nstatus 4\n",
-             {.replies = "route exit 7"}),
-        link("--stop-usb-eth-if", dhcp,
-             release + "Failed to release dhclient.\n$ ps\n" + flushed(0) + "$ ifconfig usb0 down\nstatus 4\n",
+        link(usb, dhcp, release + "Failed to release dhclient.\n$ ps\n" + flushed() + down("usb0") + "status 4\n",
              {.replies = "dhclient exit 2"}),
-        link("--stop-usb-eth-if", dhcp,
-             release + no_ps + "Failed to stop dhclient process.\n" + flushed(0) +
-                 "$ ifconfig usb0 down\nstatus 0\n99999\n",
+        link(usb, dhcp,
+             release + no_ps + "Failed to stop dhclient process.\n" + flushed() + down("usb0") + "status 0\n99999\n",
              {.before = dhcp_runs, .after = "cat /var/run/dhclient.pid", .faults = "fork 2 11"}),
-        link("--stop-gprs-if", dhcp,
-             no_ps + "Failed to stop PPP daemon.Failed to stop PPP daemon.\n" + flushed(0) + "status 4\n",
+        link(gprs, dhcp, no_ps + no_pppd + no_pppd + "\n" + flushed() + "status 4\n",
              {.before = "touch /var/run/ppp0.pid", .faults = "fork 1 11"}),
-        link("--stop-wifi-if", manual,
-             "Call to fork failed in zelta_system_argv, error 11Failed to stop the WPA supplicant.\n"
-             "Failed to stop WPA supplicant.\n" +
-                 clear("wlan0") + no_route + "wlan0 interface.\n" + flushed(0) + "$ ifconfig wlan0 down\nstatus 4\n",
+        link("--stop-wifi-if", manual, no_wpa_cli + route_fails("wlan0") + flushed() + down("wlan0") + "status 4\n",
              {.replies = "route exit 7", .before = supplicant_runs, .faults = "fork 1 11"}),
     });
 }

@@ -106,9 +106,8 @@ const operation<mstr> operations[] = {
     {.from = "b::", .now = "b", .left = "", .gives = 1, PAIR(mstr_partition_cstr(to, from, "::"))},
     {.was = "b", .from = "", .now = "", PAIR(mstr_partition_cstr(to, from, ""))},
     {.from = "b", REFUSES(mstr_partition(to, from, from) & mstr_partition(to, from, to))},
-    {.from = "b", REFUSES(mstr_partition_cstr(to, from, nullptr))},
+    {.from = "b", REFUSES(mstr_partition_cstr(to, from, nullptr) & mstr_partition_cstr(to, from, from->c_str))},
     {.from = "b", REFUSES(mstr_partition_cstr(to, from, to->c_str))},
-    {.from = "b", REFUSES(mstr_partition_cstr(to, from, from->c_str))},
     {.now = "7u", .gives = 2, .torn = 2, CALLS(mstr_sprintf(to, "%d%s", 7, "u"))},
     {.was = "old", .now = "", CALLS(mstr_sprintf(to, "%s", ""))},
     {.was = "old", REFUSES(mstr_sprintf(to, "old%ls", L"\xd800"))},
@@ -158,13 +157,6 @@ TEST(Mstr, InvalidHeaders) {
     mstr longest = {MSTR_MAGIC_CONST, 0, 0, one_too_many + 1};
     EXPECT_EQ(mstr_capacity(&longest), limit - 1);
     EXPECT_EQ(mstr_get(headers), nullptr);
-}
-
-TEST(Mstr, GetdelimKeepsEveryByte) {
-    sample to(heap, "old", 3);
-    EXPECT_EQ(read_from("\xff\0:\n:"s, &to.header), 0);
-    EXPECT_EQ(std::string(to.start(), to.header.lastlen), "\xff\0:\n"s);
-    EXPECT_EQ(mstr_getline(&to.header, nullptr), -1);
 }
 
 TEST(Mstr, ReadErrorKeepsWhatWasRead) {

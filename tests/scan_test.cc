@@ -30,7 +30,7 @@ tool_run listing(const std::string &text, const std::string &report) {
 
 TEST_F(Scan, ReportsEachCellWithAnSsid) {
     const std::string good = "status 0\n", dropped = header + "SSID format error.\n" + good;
-    const std::string none = "SSID not found.\n", s35(35, 's'), x95(95, 'x');
+    const std::string none = "SSID not found.\n", s35(35, 's');
     const std::string levels = "  Quality=70/70/700  Signal level=-123456 dBm  Noise level=-654321 dBm\n";
     const std::string elements = "  Encryption key:on\n" + essid("office") +
                                  "  IE: Unknown: 000\n  IE: IEEE 802.11i/WPA2 Version 1\n"
@@ -46,17 +46,12 @@ TEST_F(Scan, ReportsEachCellWithAnSsid) {
         listing(first + essid("x") + "Quality=70/70/7000  Signal level=-1234567  Noise level=-7654321 \n",
                 header + line("x") + good),
         listing(first + essid("a") + first + "ESSID:\"b\"", header + line("a") + line("b") + good),
-        listing(first + essid("a") + "Cell 02", header + line("a") + good),
         listing(first + essid("a") + "Cell" + std::string(95, ' '), header + line("a") + none + good),
-        listing("Cell 01", header + good),
         listing(first + essid("Cellar"), header + none + line("Cellar") + good),
         listing(first + "ESSID:off\n", dropped),
         listing(first + "ESSID:\"off\n", dropped),
-        listing(first + essid(""), header + line("") + good),
         listing(first + essid(s35), header + line(s35) + good),
         listing(first + essid(s35 + "s"), header + good),
-        listing("Cell" + x95 + "ESSID:\"a\"" + x95.substr(5) + "Cell\n" + essid("b"),
-                header + line("a") + line("b") + good),
         // 46 + 20 * 99 characters leave room for 22: not for the SSID's line, but for the last one.
         listing(full + essid("left out") + "ESSID:\"fits\"\n", header + line("fits") + good),
     });
