@@ -199,8 +199,8 @@ void merge_runs(char *to, const char *left, const char *right, const char *end, 
     copy_units<Size>(to, right, end, step);
 }
 
-// Merges pairs of runs into the target and returns true; or returns false and leaves the units where
-// they are, because all of them are in order.
+// Merges pairs of runs into the target and returns true; or returns false and leaves the units
+// where they are, because all of them are in order.
 template <size_t Size>
 bool merge_pass(const char *from, char *to, size_t size, size_t width, size_t step,
                 mbuf_cmp_fn compare) {
@@ -337,7 +337,8 @@ void *mbuf_end(mbuf *b) {
 
 namespace {
 
-// The distance of a unit's pointer, or of the end, from the first unit; false for any other pointer.
+// The distance of a unit's pointer, or of the end, from the first unit; false for any other
+// pointer.
 bool offset_of(mbuf *b, const void *unit, size_t *offset) {
     if (mbuf_valid(b) != 0)
         return false;

@@ -11,12 +11,12 @@ namespace zelta {
 unsigned exec_dhclient(const char *argument);
 
 // Interrupts every running client and removes its process-id file. exit_ok, or exit_failed, after
-// its line, when no process list could be read.
+// its line, and the file stays, when kill_proc fails.
 int stop_dhclient();
 
 // Command handler: releases the lease of the running client, stops it and starts one for the same
-// interface. exit_ok, else exit_failed after a line that says why; from the reading of the process-id file on,
-// a failure stops the client.
+// interface. exit_ok, else exit_failed after a line that says why; from the reading of the
+// process-id file on, a failure stops the client.
 int restart_dhclient(int argc, char *argv[]);
 
 } // namespace zelta

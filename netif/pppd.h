@@ -13,7 +13,7 @@ namespace zelta {
 int start_pppd();
 
 // Interrupts a running daemon. exit_ok, also when none runs (/var/run/ppp0.pid is not readable);
-// exit_failed, after a text without line end, when no process list could be read.
+// exit_failed, after a text without line end, when kill_proc fails.
 int stop_pppd();
 
 } // namespace zelta

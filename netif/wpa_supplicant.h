@@ -16,8 +16,8 @@ unsigned start_wpa_supplicant();
 int stop_wpa_supplicant();
 
 // Command handler: ends a running supplicant with killall(1) and starts it again a second later.
-// exit_ok, also, with a line, when none runs; exit_invalid, after its line, when killall could not
-// be run; exit_failed when the start failed.
+// exit_ok, also, with a line, when none runs; exit_invalid, after its line, when no child could be
+// created or waited for; exit_failed when the start failed.
 int restart_wpa_supplicant(int argc, char *argv[]);
 
 } // namespace zelta

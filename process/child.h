@@ -18,9 +18,9 @@ inline constexpr int exec_failed_silently = 1;
 // fork(2), after flushing standard output: lines appear once, and before those of the program.
 pid_t child_fork();
 
-// In the child: gives back the signal dispositions that the tool changed for itself and executes the
-// program at path, without a search, with a vector that ends in a null pointer. Returns only when
-// that failed; a reader that has gone away still cannot end the child with another status then.
+// In the child: gives back the signal dispositions that the tool changed for itself and executes
+// the program at path, without a search, with a vector that ends in a null pointer. Returns only
+// when that failed; a reader that has gone away still cannot end the child with another status.
 void child_exec(const char *path, const char *const argv[]);
 
 // In the child: writes the text to standard output, unbuffered, and ends without exit handlers.

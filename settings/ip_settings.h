@@ -31,9 +31,9 @@ struct ip_settings {
 
 extern ip_settings in_config;
 
-// Both store what is there in in_config and return exit_ok, or exit_invalid at the first fault, after
-// its line on standard output; a mode that is missing or unknown has none. Fields stored before a
-// fault keep it; ip_mode changes on success alone.
+// Both store what is there in in_config and return exit_ok, or exit_invalid at the first fault,
+// after its line on standard output; a mode that is missing or unknown has none. Fields stored
+// before a fault keep what they got; ip_mode changes on success alone.
 int val_ip_config_file(const config_table &table);
 int val_gprs_config_file(const config_table &table);
 
