@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
 #include <unistd.h>
@@ -15,14 +16,6 @@ namespace {
 
 constexpr size_t longest_name = 255; // the kernel's own limit is lower; it judges for itself
 
-struct kernel_name {
-    int (*get)(char *name, size_t size);
-    int (*set)(const char *name, size_t length);
-};
-
-constexpr kernel_name host_name = {.get = gethostname, .set = sethostname};
-constexpr kernel_name domain_name = {.get = getdomainname, .set = setdomainname};
-
 bool acceptable(std::string_view name) {
     if (name.size() > longest_name)
         return false;
@@ -32,33 +25,35 @@ bool acceptable(std::string_view name) {
     return true;
 }
 
-int set_name(const kernel_name &which, std::string_view name) {
+// Raises privileges for a name that may be set.
+bool may_set(const char *name) {
     if (!acceptable(name))
-        return exit_invalid;
+        return false;
     become_root();
-    return which.set(name.data(), name.size()) == 0 ? exit_ok : exit_invalid;
+    return true;
 }
 
-int show_name(const kernel_name &which) {
-    char name[longest_name + 1] = {};
-    if (which.get(name, longest_name) != 0)
-        return exit_failed;
+int show(const char *name) {
     puts(name);
     return exit_ok;
-}
-
-int name_command(const kernel_name &which, int argc, char *argv[]) {
-    return argc == 3 ? set_name(which, argv[2]) : show_name(which);
 }
 
 } // namespace
 
 int hostname(int argc, char *argv[]) {
-    return name_command(host_name, argc, argv);
+    if (argc == 3)
+        return may_set(argv[2]) && sethostname(argv[2], strlen(argv[2])) == 0 ? exit_ok
+                                                                              : exit_invalid;
+    char name[longest_name + 1] = {};
+    return gethostname(name, longest_name) == 0 ? show(name) : exit_failed;
 }
 
 int domainname(int argc, char *argv[]) {
-    return name_command(domain_name, argc, argv);
+    if (argc == 3)
+        return may_set(argv[2]) && setdomainname(argv[2], strlen(argv[2])) == 0 ? exit_ok
+                                                                                : exit_invalid;
+    char name[longest_name + 1] = {};
+    return getdomainname(name, longest_name) == 0 ? show(name) : exit_failed;
 }
 
 } // namespace zelta

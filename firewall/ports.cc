@@ -16,8 +16,10 @@ constexpr unsigned long port_limit = 65536;
 constexpr unsigned long first_open_port = 1024; // lower incoming ports belong to the device itself
 constexpr char ping_type[] = "8";               // echo request
 
-using hole_fn = int (*)(const char *chain, const char *protocol, const char *port,
-                        const char *range);
+// What a rule lets through; without a chain it is refused.
+struct hole {
+    const char *chain, *protocol, *port, *range;
+};
 
 // The chain of a direction; null for a word that is none.
 const char *chain_of(const char *direction) {
@@ -38,42 +40,57 @@ unsigned long port_value(const char *text) {
     return port_limit;
 }
 
-int change_port(int argc, char *argv[], unsigned long first_incoming, hole_fn change) {
+hole port_hole(int argc, char *argv[], unsigned long first_incoming) {
     const char *protocol = argv[2];
     if (strcmp(protocol, "tcp") != 0 && strcmp(protocol, "udp") != 0)
-        return exit_invalid;
+        return {};
     unsigned long port = port_value(argv[3]);
     if (port == port_limit)
-        return exit_invalid;
+        return {};
     const char *chain = chain_of(argv[4]);
     if (chain == nullptr || (strcmp(chain, "INPUT") == 0 && port < first_incoming))
-        return exit_invalid;
-    return change(chain, protocol, argv[3], argc == 6 ? argv[5] : nullptr);
+        return {};
+    return {.chain = chain,
+            .protocol = protocol,
+            .port = argv[3],
+            .range = argc == 6 ? argv[5] : nullptr};
 }
 
-int change_ping(int argc, char *argv[], hole_fn change) {
-    const char *chain = chain_of(argv[2]);
-    if (chain == nullptr)
+hole ping_hole(int argc, char *argv[]) {
+    return {.chain = chain_of(argv[2]),
+            .protocol = "icmp",
+            .port = ping_type,
+            .range = argc == 4 ? argv[3] : nullptr};
+}
+
+int open_hole(const hole &wanted) {
+    if (wanted.chain == nullptr)
         return exit_invalid;
-    return change(chain, "icmp", ping_type, argc == 4 ? argv[3] : nullptr);
+    return open_iptables_hole(wanted.chain, wanted.protocol, wanted.port, wanted.range);
+}
+
+int close_hole(const hole &wanted) {
+    if (wanted.chain == nullptr)
+        return exit_invalid;
+    return close_iptables_hole(wanted.chain, wanted.protocol, wanted.port, wanted.range);
 }
 
 } // namespace
 
 int open_port(int argc, char *argv[]) {
-    return change_port(argc, argv, first_open_port, open_iptables_hole);
+    return open_hole(port_hole(argc, argv, first_open_port));
 }
 
 int close_port(int argc, char *argv[]) {
-    return change_port(argc, argv, 0, close_iptables_hole);
+    return close_hole(port_hole(argc, argv, 0));
 }
 
 int open_ping(int argc, char *argv[]) {
-    return change_ping(argc, argv, open_iptables_hole);
+    return open_hole(ping_hole(argc, argv));
 }
 
 int close_ping(int argc, char *argv[]) {
-    return change_ping(argc, argv, close_iptables_hole);
+    return close_hole(ping_hole(argc, argv));
 }
 
 } // namespace zelta

@@ -202,8 +202,8 @@ void merge_runs(char *to, const char *left, const char *right, const char *end, 
 // Merges pairs of runs into the target and returns true; or returns false and leaves the units
 // where they are, because all of them are in order.
 template <size_t Size>
-bool merge_pass(const char *from, char *to, size_t size, size_t width, size_t step,
-                mbuf_cmp_fn compare) {
+bool _mbuf_mergeLoop(const char *from, char *to, size_t size, size_t width, size_t step,
+                     mbuf_cmp_fn compare) {
     const char *left = from, *const stop = from + size;
     bool moved = false;
     while (left != stop) {
@@ -232,7 +232,7 @@ void merge_sort(mbuf *b, mbuf *scratch, mbuf_cmp_fn compare) {
     const size_t step = Size == 0 ? b->unitsize : Size, size = step * b->used;
     char *from = unit_at(b, 0), *to = unit_at(scratch, 0);
     for (uint64_t width = step; width < size; width *= 2)
-        if (merge_pass<Size>(from, to, size, static_cast<size_t>(width), step, compare))
+        if (_mbuf_mergeLoop<Size>(from, to, size, static_cast<size_t>(width), step, compare))
             std::swap(from, to);
     if (from != b->bufptr)
         memcpy(b->bufptr, from, size);

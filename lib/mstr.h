@@ -96,8 +96,8 @@ int _mstr_debug_show(const mstr *s);
 
 // --- copying and editing; positions and lengths are characters, ranges are [start, end) ---
 // The same header in two positions is refused. A NUL-terminated text must not be null and must not
-// lie in the storage of the string that is
-// written; nor may a source string wrap a heap destination's characters.
+// lie in the storage of the string that is written; nor may a source string wrap a heap
+// destination's characters.
 
 int mstr_assign(mstr *to, mstr *from);
 int mstr_append(mstr *to, mstr *from);
@@ -147,7 +147,7 @@ char *mstr_get(mstr *s);
 // --- formatting and reading ---
 
 // Formats as printf(3) does. The length of the whole text: above the capacity, the text was cut to
-// that. What cannot be formatted at all gives -1, and the text is lost.
+// that. -1 for what cannot be formatted at all, and the text stays as it was.
 [[gnu::format(printf, 2, 3)]] int mstr_sprintf(mstr *to, const char *format, ...);
 
 // Reads up to and including the delimiter, any other bytes being data: 0 for a whole record, 1 when

@@ -243,20 +243,23 @@ char *mstr_get(mstr *s) {
 int mstr_sprintf(mstr *to, const char *format, ...) {
     if (!writable(to))
         return -1;
+    char aside[256]; // what cannot be formatted must not reach the string
     va_list arguments, again;
     va_start(arguments, format);
     va_copy(again, arguments);
-    int length = vsnprintf(to->c_str, size_t{to->capacity} + 1, format, arguments);
-    if (length >= 0 && static_cast<uint32_t>(length) > to->capacity &&
-        room_for(to, static_cast<uint32_t>(length)))
-        length = vsnprintf(to->c_str, size_t{to->capacity} + 1, format, again);
+    int length = vsnprintf(aside, sizeof aside, format, arguments);
+    if (length >= 0) {
+        const uint32_t whole = static_cast<uint32_t>(length);
+        to->lastlen = whole <= to->capacity || room_for(to, whole) ? whole : to->capacity;
+        if (whole < sizeof aside)
+            memcpy(to->c_str, aside, to->lastlen);
+        else
+            vsnprintf(to->c_str, size_t{to->lastlen} + 1, format, again);
+        to->c_str[to->lastlen] = '\0';
+    }
     va_end(again);
     va_end(arguments);
-    if (length < 0)
-        return -1;
-    uint32_t whole = static_cast<uint32_t>(length);
-    to->lastlen = whole < to->capacity ? whole : to->capacity;
-    return length;
+    return length < 0 ? -1 : length;
 }
 
 namespace {

@@ -1,8 +1,10 @@
 #include "process/inherited.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <initializer_list>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <grp.h>
 #include <poll.h>
@@ -55,14 +57,23 @@ void set_limits() {
 }
 
 // A descriptor may lie above any limit of now, since limits can be lowered after it was opened.
-// Kernels before 5.9 cannot close a range; there, those below a bound that no device needs to raise
-// are closed one by one.
+// Kernels before 5.9 cannot close a range; there, each that is listed is closed, and the first in
+// advance: the listing needs one that the limit allows.
 void close_descriptors() {
-    constexpr int first = STDERR_FILENO + 1, most = 1 << 16;
+    constexpr int first = STDERR_FILENO + 1;
     if (syscall(SYS_close_range, first, ~0U, 0) == 0)
         return;
-    for (int fd = first; fd < most; fd++)
-        close(fd);
+    close(first);
+    DIR *listing = opendir("/proc/self/fd");
+    if (listing == nullptr)
+        return;
+    const int own = dirfd(listing);
+    while (const dirent *entry = readdir(listing)) {
+        const int fd = atoi(entry->d_name); // 0 for "." and ".."
+        if (fd >= first && fd != own)
+            close(fd);
+    }
+    closedir(listing);
 }
 
 // By the kernel's own call, where all that follows the handler may be zero: C libraries keep a few

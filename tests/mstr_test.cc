@@ -73,7 +73,7 @@ int read_from(const std::string &bytes, mstr *s, char delimiter = '\n') {
 }
 
 mstr a = {MSTR_MAGIC_CONST, 0, 0, const_cast<char *>("a")};
-const std::string endless(limit, 'x');
+const std::string endless(limit, 'x'), spaces(299, ' ');
 
 const operation<mstr> operations[] = {
     {.was = "old", .from = "longer", .now = "longer", PAIR(mstr_assign(to, from))},
@@ -110,7 +110,8 @@ const operation<mstr> operations[] = {
     {.from = "b", REFUSES(mstr_partition_cstr(to, from, to->c_str))},
     {.now = "7u", .gives = 2, .torn = 2, CALLS(mstr_sprintf(to, "%d%s", 7, "u"))},
     {.was = "old", .now = "", CALLS(mstr_sprintf(to, "%s", ""))},
-    {.was = "old", REFUSES(mstr_sprintf(to, "old%ls", L"\xd800"))},
+    {.now = spaces + "u", .gives = 300, .torn = 300, CALLS(mstr_sprintf(to, "%300s", "u"))},
+    {.was = "abc", REFUSES(mstr_sprintf(to, "xy%ls", L"\xd800"))},
     {.was = "old", .now = "x=1\n", .torn = 1, CALLS(read_from("x=1\ny=2\n", to))},
     {.was = "four", .now = "y=2", .gives = 2, CALLS(read_from("y=2", to))},
     {.was = "older", .now = "y=2", .gives = 2, CALLS(read_from("y=2", to))},
