@@ -1,5 +1,5 @@
-// Whole commands against small C programs. Run in the simulated device alone, by command.sh, which puts
-// the programs there.
+// Whole commands against small C programs. Run in the simulated device alone, by command.sh, which
+// puts the programs there.
 
 #include <cstdio>
 #include <cstdlib>

@@ -239,7 +239,7 @@ std::vector<Unit> units_in(order wanted) {
     return units;
 }
 
-// Array operations that change 10^6 units in place; the time is that of one unit.
+// Array operations that change 10^6 units in place; the time is divided by the number of units.
 template <typename Unit, typename Ours, typename Theirs>
 void add_changing(const std::string &name, double target, order wanted, Ours ours, Theirs theirs) {
     const auto fresh = [=](auto work) {
@@ -264,7 +264,7 @@ void add_arrays() {
     using units = std::vector<Unit>;
     add_push<Unit>(sizeof(Unit) > 4 ? 1.3 : 0);
     add_changing<Unit>(
-        named<Unit>("erase one of 10^6", "std::vector"), 1.0, order::sorted,
+        named<Unit>("erase ten of 10^6", "std::vector"), 1.0, order::sorted,
         [](mbuf *b) {
             for (uint32_t i = 0; i < 10; i++)
                 mbuf_erase(b, i, i + 1);

@@ -1,6 +1,6 @@
 // The table that the benchmarks print. Each row does one thing in two ways, ours and theirs, in
-// alternating rounds of one run, so that whatever slows the machine down slows both: the ratio of the
-// medians stands still where times do not.
+// alternating rounds of one run, so that whatever slows the machine down slows both: the ratio of
+// the medians stands still where times do not.
 
 #pragma once
 
@@ -14,14 +14,15 @@ namespace zelta::bench {
 struct row {
     std::string name;
     double target = 0; // the largest ratio aimed at; 0 for none
-    // One round each, and what it measured: nanoseconds for one operation, unless the name says else.
+    // One round each, and what it measured: nanoseconds for one operation, unless the name says
+    // else.
     std::function<double()> ours, theirs;
 };
 
 void add(const row &each);
 
-// Runs the rows and prints the table; standard output is closed to everything else. The arguments are
-// Google Benchmark's, such as --benchmark_filter=sort.
+// Runs the rows and prints the table; standard output is closed to everything else. The arguments
+// are Google Benchmark's, such as --benchmark_filter=sort.
 int run(int argc, char **argv);
 
 // The nanoseconds of processor time that one of count operations takes.

@@ -1,6 +1,7 @@
 // Whether the scan and the settings reader grow in proportion to their input, and the scan's memory
-// not at all. "Ours" is the large input, "theirs" the small one, for one cell or one byte each. Nothing
-// is run: fork and its like are replaced by the linker, and the listing is made up as it is read.
+// not at all. "Ours" is the large input, "theirs" the small one, for one cell or one byte each.
+// Nothing is run: fork and its like are replaced by the linker, and the listing is made up as it is
+// read.
 
 #include <algorithm>
 #include <cstdio>

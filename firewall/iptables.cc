@@ -49,7 +49,7 @@ int run_and_report(const char *const argv[]) {
 int iptables_rule(const char *action, const char *chain, const char *protocol, const char *port,
                   const char *range) {
     const char *selector = strcmp(protocol, "icmp") == 0 ? "--icmp-type" : "--dport";
-    const char *source = range != nullptr ? "-s" : nullptr;
+    const char *source = range != nullptr ? "-s" : nullptr; // a null one ends the vector
     const char *const argv[] = {"iptables", action, chain,    "-p",   protocol, selector,
                                 port,       "-j",   "ACCEPT", source, range,    nullptr};
     return run_and_report(argv);

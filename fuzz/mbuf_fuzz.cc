@@ -22,7 +22,8 @@ using units = std::vector<std::string>;
 
 struct slot {
     mbuf b = {};
-    // Caller's storage, of exactly its size and on the heap, so that AddressSanitizer sees an overrun.
+    // Caller's storage, of exactly its size and on the heap, so that AddressSanitizer sees an
+    // overrun.
     std::unique_ptr<char[]> storage = {};
     void *damaged = nullptr; // the word that makes the array invalid
     // The model.

@@ -1,4 +1,5 @@
-// String operations on four strings of all kinds, against std::string and a number for the capacity.
+// String operations on four strings of all kinds, against std::string and a number for the
+// capacity.
 
 #include <algorithm>
 #include <cstring>
@@ -18,7 +19,8 @@ constexpr uint32_t kinds[] = {MSTR_MAGIC_HEAP, MSTR_MAGIC_GUARDED, MSTR_MAGIC_AR
 
 struct slot {
     mstr s = {};
-    // Caller's storage, of exactly its size and on the heap, so that AddressSanitizer sees an overrun.
+    // Caller's storage, of exactly its size and on the heap, so that AddressSanitizer sees an
+    // overrun.
     std::unique_ptr<char[]> storage = {};
     void *damaged = nullptr; // the word that makes the string invalid
     // The model.

@@ -16,8 +16,8 @@ struct operation {
     std::string text;
 };
 
-// "0" stands for 0, and so on in the order of ASCII; "}" for more than any storage holds, "~" for the
-// largest number.
+// "0" stands for 0, and so on in the order of ASCII; "}" for more than any storage holds, "~" for
+// the largest number.
 inline uint32_t operand(std::string_view line, size_t position) {
     const char c = position < line.size() ? line[position] : '0';
     if (c == '~')

@@ -1,5 +1,5 @@
-// A scan listing: the report, against that of a plain reading. The first character of the input says
-// whether reading the listing ends in an error, and whether a supplicant runs.
+// A scan listing: the report, against that of a plain reading. The first character of the input
+// says whether reading the listing ends in an error, and whether a supplicant runs.
 
 #include <algorithm>
 #include <vector>

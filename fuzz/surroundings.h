@@ -1,6 +1,6 @@
-// What surrounds the product in the fuzz targets. The linker sends its calls of fork, execv, waitpid,
-// fdopen, kill, getpid, access, setuid and setgid here, so that a target starts no program, signals no
-// process and stays who it is.
+// What surrounds the product in the fuzz targets. The linker sends its calls of fork, execv,
+// waitpid, fdopen, kill, getpid, access, setuid and setgid here, so that a target starts no
+// program, signals no process and stays who it is.
 
 #pragma once
 
@@ -35,8 +35,8 @@ inline constexpr pid_t own_pid = 1234;
 std::string printed(const std::function<void()> &action);
 
 // The argument vector, without its end, that the action passes to execv in the child that it forks;
-// nothing when it does not get as far as that. The action does not return from execv, so that what it
-// owns is lost.
+// nothing when it does not get as far as that. The action does not return from execv, so that what
+// it owns is lost.
 std::optional<std::vector<const char *>> executed(const std::function<void()> &action);
 
 } // namespace zelta::fuzz

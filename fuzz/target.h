@@ -1,5 +1,5 @@
-// What every fuzz target has: the entry, which takes one input, and a way to fail. libFuzzer feeds the
-// entry with inputs that it makes up, replay.cc with files.
+// What every fuzz target has: the entry, which takes one input, and a way to fail. libFuzzer feeds
+// the entry with inputs that it makes up, replay.cc with files and mixtures of their lines.
 
 #pragma once
 

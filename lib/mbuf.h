@@ -142,7 +142,7 @@ int mbuf_pop_back(mbuf *b, mref to);
 // The unit at the index, or null; good until the array grows or is destroyed.
 void *mbuf_access(mbuf *b, uint32_t index);
 
-// --- iteration; null or -1 for a pointer that is not a unit's or the end ---
+// --- iteration; null or -1 for any pointer but a unit's or the end; behind the end is no unit ---
 
 void *mbuf_begin(mbuf *b);
 void *mbuf_end(mbuf *b);

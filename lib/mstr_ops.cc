@@ -18,7 +18,7 @@ bool copyable(mstr *to, mstr *from) {
            to->magic != MSTR_MAGIC_CONST;
 }
 
-// The text was given from outside, and growing s would free it before it is copied.
+// True for a text in the storage of s, where growing would free it before it is copied.
 bool lies_inside(const mstr *s, const char *text) {
     uintptr_t begin = reinterpret_cast<uintptr_t>(s->c_str);
     return reinterpret_cast<uintptr_t>(text) - begin <= s->capacity;

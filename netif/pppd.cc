@@ -25,8 +25,10 @@ constexpr char peer_resolv_conf[] = "/etc/ppp/resolv.conf";
 // By secrets_kind.
 constexpr const char *secrets_paths[] = {"/etc/ppp/pap-secrets", "/etc/ppp/chap-secrets",
                                          "/etc/ppp/srp-secrets"};
+static_assert(std::size(secrets_paths) == secrets_kinds);
 
-// Automatic mode takes the default route and the name servers from the peer.
+// Automatic mode takes the default route and the name servers from the peer. What the writes return
+// is not looked at: the daemon judges the file.
 int write_options() {
     FILE *file = open_output_file(options_path, false);
     if (file == nullptr) {

@@ -8,8 +8,7 @@ namespace zelta {
 // could not be run; who has to tell the two apart looks at ran.
 struct run_result {
     bool ran;   // the program's end was waited for
-    int status; // its raw wait status (wait(2)), never an exit status; exit_failed when it did not
-                // run
+    int status; // its raw wait status (wait(2)), no exit status; exit_failed when it did not run
 };
 
 // Runs the program at path with a vector that ends in a null pointer. Nothing is printed when it

@@ -62,7 +62,7 @@ int tear_down(link_index index, const char *settings_name) {
                  &result);
     note_failure(flush_iptables("INPUT") != 0, "Failed to flush IP table rules for input chain.",
                  &result);
-    zelta_net_init();
+    zelta_net_init(); // its result decides nothing
     // The daemon set route and address itself in automatic mode, and took them along; in manual
     // mode they must not go before the daemon has.
     if (by_pppd && in_config.ip_mode == ip_mode_auto)

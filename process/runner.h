@@ -32,7 +32,9 @@ int zelta_system_argv(const char *path, const char *const argv[]);
 [[gnu::sentinel]] int zelta_system(const char *path, ...);
 
 // Starts a program, its standard output connected to the stream that is returned, for zelta_pclose.
-// Null when it cannot be started; a failed fork prints its line.
+// Null when it cannot be started: after a failed fork, which prints its line, the pipe stays open;
+// after a failed fdopen nobody waits for the child. Without memory for the child's record,
+// zelta_pclose gives -1.
 [[gnu::sentinel]] FILE *zelta_popen(const char *path, ...);
 
 // Closes the stream and waits for its child: 0 when that ended with exit code 0, else -1. A stream

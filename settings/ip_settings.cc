@@ -46,6 +46,7 @@ constexpr setting script_settings[] = {
 
 // By secrets_kind.
 constexpr const char *secrets_types[] = {"pap", "chap", "srp"};
+static_assert(std::size(secrets_types) == secrets_kinds);
 
 int store_settings(const config_table &table, std::span<const setting> settings) {
     for (const setting &each : settings) {
@@ -60,8 +61,7 @@ int store_settings(const config_table &table, std::span<const setting> settings)
 }
 
 int store_secrets_type(const char *name) {
-    for (int type = 0; name != nullptr && type < static_cast<int>(std::size(secrets_types));
-         type++) {
+    for (int type = 0; name != nullptr && type < secrets_kinds; type++) {
         if (strcmp(name, secrets_types[type]) == 0) {
             in_config.secrets_type = type;
             return exit_ok;

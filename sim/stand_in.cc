@@ -2,8 +2,8 @@
 // /usr/lib/sim/NAME (a script at that path would not do: starting an interpreter loses argument 0).
 // First the start is traced. Then a reply file may take the script's place: its first line says how
 // to end, the rest is printed as it stands. Started with SIM_DAEMON set, as the scripts do, it is
-// the daemon of that name: it goes to the background and lives until it is interrupted. In the place
-// of a tool that was built for another machine, it starts that under the emulator.
+// the daemon of that name: it goes to the background and lives until it is interrupted. In the
+// place of a tool that was built for another machine, it starts that under the emulator.
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/auxv.h>

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 using namespace zelta;
-using namespace std::literals;
 
 namespace {
 

@@ -8,7 +8,6 @@ using Daemons = DeviceTest;
 
 // A client that runs in the background, and its process-id file.
 const std::string client = "SIM_DAEMON=1 dhclient usb0 >/var/run/dhclient.pid; ";
-const std::string marker = "mkdir -p /var/run/wpa_supplicant; touch /var/run/wpa_supplicant/wlan0; ";
 
 TEST_F(Daemons, DhclientRestartServesTheSameInterface) {
     const std::string script = client + "old=$(cat /var/run/dhclient.pid); zelta-ip --restart-dhclient; echo status $?;"
@@ -43,7 +42,7 @@ TEST_F(Daemons, DhclientRestartStopsAClientItCannotRestart) {
         restart("echo 123456" + pid_file, badly + stopped),
         restart("echo 12345" + pid_file, nowhere + stopped),
         restart("echo not-a-number" + pid_file, badly + stopped),
-        restart("printf 1x" + pid_file, no_interface + stopped), // process 1, by losing the last one
+        restart("printf 1x" + pid_file, no_interface + stopped), // the last character counts as the line end: process 1
         restart(own, no_interface + stopped),
         restart(own, internal + "dhclient command line couldn't be read.\n" + stopped, "fopen 2 5"),
         restart(client, released + "... failed.\n" + stopped, "", "1"),
@@ -53,7 +52,7 @@ TEST_F(Daemons, DhclientRestartStopsAClientItCannotRestart) {
 }
 
 TEST_F(Daemons, SupplicantRestart) {
-    auto restart = [](const std::string &before, const std::string &outcome, const std::string &faults = "none 1 1",
+    auto restart = [](const std::string &before, const std::string &outcome, const std::string &faults = no_sleep,
                       const std::string &start = "exit 0") {
         const std::string replies = "killall exit 1, wpa_supplicant " + start;
         return tool_run{"--restart-wpa-supplicant", outcome, {.replies = replies, .before = before, .faults = faults}};
@@ -64,9 +63,9 @@ TEST_F(Daemons, SupplicantRestart) {
                                            "$ wpa_supplicant -iwlan0 -c" SETTINGS "wlan-config -B\n";
     expect_transcripts({
         restart("", "The WPA supplicant is not running.\nstatus 0\n"),
-        restart(marker, started + "status 0\n"),
-        restart(marker, started + "status 4\n", "none 1 1", "signal 9"),
-        restart(marker,
+        restart(supplicant_runs, started + "status 0\n"),
+        restart(supplicant_runs, started + "status 4\n", no_sleep, "signal 9"),
+        restart(supplicant_runs,
                 stopping + "Call to fork failed in zelta_system_argv, error 11"
                            "Failed to stop the WPA supplicant.\nstatus 1\n",
                 "fork 1 11"),

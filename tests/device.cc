@@ -49,8 +49,8 @@ std::string transcript(const tool_run &row) {
     std::string output = device_shell(script, row.in), banner = "\nZelta IP Tool\n", pid = "pid=";
     if (!output.starts_with(banner))
         return "no banner: " + output;
-    for (size_t at = 0; (at = output.find(pid, at) + pid.size()) >= pid.size();)
-        output.replace(at, output.find('\n', at) - at, "N");
+    for (size_t at = output.find(pid); at != std::string::npos; at = output.find(pid, at + 1))
+        output.replace(at, output.find('\n', at) - at, pid + "N");
     return output.substr(banner.size());
 }
 
@@ -76,7 +76,7 @@ void expect_transcripts(const std::vector<tool_run> &rows) {
     }
 }
 
-std::string filter(const std::string &arguments, int status) {
+std::string filter_run(const std::string &arguments, int status) {
     const std::string result = std::to_string(status);
     return "$ iptables " + arguments + "\nterminated normally status=" + result + "\nparent exit, res=" + result +
            ", pid=N\n";

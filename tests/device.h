@@ -26,6 +26,11 @@ struct device {
     std::string launcher = {}; // a command that starts the tool, such as "setpriv ... --"
 };
 
+// Faults that never strike, but without sleep.
+inline constexpr char no_sleep[] = "none 1 1";
+// A shell command that makes a supplicant seem to run.
+inline constexpr char supplicant_runs[] = "cd /var/run; mkdir -p wpa_supplicant; touch wpa_supplicant/wlan0; ";
+
 // What a shell script prints in a device, where it can run the tool many times.
 std::string device_shell(const std::string &script, const device &in = {});
 
@@ -37,8 +42,8 @@ struct tool_run {
 // Runs the rows one after another, each in a device of its own.
 void expect_transcripts(const std::vector<tool_run> &rows);
 
-// What the tool reports, after the line of the program, on a packet filter that ended normally.
-std::string filter(const std::string &arguments, int status = 0);
+// One run of the packet filter that ends normally: its line, then what the tool reports on it.
+std::string filter_run(const std::string &arguments, int status = 0);
 
 // Skips aloud where the machine does not allow the device's namespaces.
 class DeviceTest : public testing::Test {

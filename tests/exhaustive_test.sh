@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Lets the 1st, 2nd, 3rd ... call fail of each C library function that a command uses, until none
-# fails any more. Whatever it is: no crash, no leak, a documented exit status, no program started on
-# half a file, every program waited for, and a stop goes on to its end.
+# fails any more. Whatever it is: no crash, no leak, a documented exit status, no DHCP client on half
+# a configuration, no PPP daemon on half a secret, every program waited for, and a stop goes on to its
+# end.
 #
 #   exhaustive_test.sh TOOL STAND_IN      the tool with sanitizers and faults.cc; exits with 77 where
 #                                         there is no device
@@ -54,8 +55,8 @@ judge() {
     [[ $output != *Sanitizer* && $output != *"runtime error"* ]] || complain "$output"
     [[ ! -e /run/sim/torn ]] || complain "started on half a file: $(cat /run/sim/torn)"
     # Without a stream, or the record of it, which takes two allocations, nobody can wait for its program.
-    [[ ! -e /run/sim/unwaited || $function == fdopen || $function$((unrecorded++)) == malloc[01] ]] ||
-        complain "not waited for"
+    [[ ! -e /run/sim/unwaited || $function == fdopen ]] ||
+        { [[ $function == malloc ]] && ((unrecorded++ < 2)); } || complain "not waited for"
     [[ $command == --stop-* && $status != [12] && $output == *Validate* ]] || return
     missing=$(comm -23 <(sort <<<"$usual") <(sort /run/sim/trace))
     [[ $missing != *$'\n'* ]] || complain "several not tried: $missing"
@@ -63,7 +64,7 @@ judge() {
         complain "not tried: $missing"
 }
 
-row() { # STATUSES RUNNING COMMAND
+row() { # STATUSES RUNNING COMMAND: what runs is told by a file of /var/run
     local statuses=$1 running=$2 command=$3 function=any number=0 usual='' unrecorded=0 functions
     attempt any 0 0
     judge

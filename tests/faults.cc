@@ -1,11 +1,11 @@
 // Linked into a second build of the tool with the linker's --wrap: the n-th call of a C library
 // function fails as the file /run/sim/faults says, lines of "function n errno"; "child-function"
-// counts the calls of all children before they become a program. A fault that struck leaves its name
-// in /run/sim/struck; with a line "any 0 0" each call does. A child that nobody waited for leaves
-// /run/sim/unwaited. Sleeping is traced as a program would be, and takes no time.
+// counts the calls of all children before they become a program. A call that one line fails is not
+// counted by the lines below. A fault that struck leaves its name in /run/sim/struck; with a line "any
+// 0 0" each call does. A child that nobody waited for leaves /run/sim/unwaited. Sleeping is traced as a
+// program would be, and takes no time.
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -94,7 +94,7 @@ unsigned __wrap_sleep(unsigned seconds) {
 // clang-format off
 FAULT(malloc, 0) FAULT(strdup, 0) FAULT(fopen, 0) FAULT(fdopen, 0) FAULT(fgets, 0) FAULT(fwrite, 0)
 FAULT(fprintf, -1) FAULT(vsnprintf, -1) FAULT(getline, -1) FAULT(getdelim, -1) FAULT(__getdelim, -1)
-FAULT(__uflow, -1) FAULT(ferror, 1) FAULT(fclose, (__real_fclose(a, b, c, d, e), -1))
+FAULT(fgets_unlocked, 0) FAULT(ferror, 1) FAULT(fclose, (__real_fclose(a, b, c, d, e), -1))
 FAULT(open, -1) FAULT(stat, -1) FAULT(fstat, -1) FAULT(fchmod, -1) FAULT(access, -1)
 FAULT(rename, -1) FAULT(remove, -1) FAULT(pipe, -1) FAULT(dup2, -1) FAULT(fcntl, -1) FAULT(poll, -1)
 FAULT(fork, -1) FAULT(execv, -1) FAULT(waitpid, (__real_waitpid(a, b, c, d, e), -1)) FAULT(kill, -1)

@@ -21,7 +21,7 @@ constexpr char dhcp_conf[] = "\tsend host-name \"zelta\";\n"
 
 const std::string parsed = "NEW parse_config_file() FUNCTION success!!\n";
 const std::string ip_read = "Parsing IP config file\n" + parsed + "Validate IP config file\n";
-const std::string wlan_read = "Parsing WLAN IP config file\n" + ip_read.substr(23);
+const std::string wlan_read = "Parsing WLAN IP config file\n" + parsed + "Validate IP config file\n";
 const std::string supplicant =
     "Parsing WLAN config file\n" + parsed + "$ wpa_supplicant -iwlan0 -c" SETTINGS "wlan-config -B\n";
 const std::string modem_read = "Parsing GPRS config file\n" + parsed + "Validate GPRS config file\n";
@@ -29,15 +29,14 @@ const std::string done = "init_network_if successful\nstatus 0\n";
 const std::string failed = "init_network_if unsuccessful\nstatus 4\n";
 const std::string release = "Clearing Auto IP config setting\n$ dhclient -r\n";
 const std::string dhcp_runs = "echo 99999 >/var/run/dhclient.pid";
-const std::string supplicant_runs = "cd /var/run; mkdir wpa_supplicant; touch wpa_supplicant/wlan0";
 
 std::string route(const std::string &interface, const std::string &verb = "add") {
     return "$ route " + verb + " default netmask 255.0.0.0 gw 10.0.0.1 " + interface + "\n";
 }
 
 std::string holes(int status = 0) {
-    return "Auto IP config\n" + filter("-A OUTPUT -p udp --dport 67 -j ACCEPT", status) +
-           filter("-A INPUT -p udp --dport 68 -j ACCEPT", status);
+    return "Auto IP config\n" + filter_run("-A OUTPUT -p udp --dport 67 -j ACCEPT", status) +
+           filter_run("-A INPUT -p udp --dport 68 -j ACCEPT", status);
 }
 
 std::string by_hand(const std::string &interface) {
@@ -50,7 +49,7 @@ std::string clear(const std::string &interface) {
 
 // What a stop prints from the flushes on.
 std::string flushed(int status = 0, const std::string &failure = "", const std::string &failure2 = "") {
-    return filter("--flush OUTPUT", status) + failure + filter("--flush INPUT", status) + failure2 +
+    return filter_run("--flush OUTPUT", status) + failure + filter_run("--flush INPUT", status) + failure2 +
            "$ mount -o remount,exec /etc/\n$ zelta-net\n$ mount -o remount,noexec /etc/\n";
 }
 
@@ -146,7 +145,7 @@ TEST_F(Links, GprsIsThePppDaemonsWork) {
         gprs(dhcp, success + "pppd-config\n", {.replies = "pppd signal 4", .before = resolv, .after = "ls /etc/ppp"},
              no_password),
         gprs(manual, pppd + sleeps + path + "couldn't be found: No such file or directory\n" + failure,
-             {.faults = "none 1 1"}),
+             {.faults = no_sleep}),
         gprs(manual, pppd + path + "move failed: Invalid cross-device link\n" + failure,
              {.before = resolv, .faults = "rename 1 18"}),
         gprs(manual, "fork fail\n" + failure, {.before = resolv, .faults = "fork 1 11"}),

@@ -11,7 +11,6 @@
 #include "tests/operations.h"
 
 using namespace zelta;
-using namespace std::literals;
 
 namespace {
 

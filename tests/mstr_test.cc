@@ -14,7 +14,6 @@
 #include "tests/operations.h"
 
 using namespace zelta;
-using namespace std::literals;
 
 // The linker sends every call of free here: storage that is given back is wiped.
 static bool secret_freed;

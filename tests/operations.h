@@ -25,7 +25,8 @@ struct operation {
     int (*call)(Header *to, Header *from);
 };
 
-// What a row does, which is its name as well. Refusals joined by "&" all give -1.
+// What a row does, which is its name as well. Refusals joined by "&" all give -1, successes joined by
+// "|" all 0.
 #define CALLS(does)                                                                                                    \
     .name = #does, .call = []([[maybe_unused]] auto *to, [[maybe_unused]] auto *from) -> int { return does; }
 #define PAIR(does) .pair = true, CALLS(does)

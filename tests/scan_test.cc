@@ -11,7 +11,6 @@ const std::string header = "Scan completed.\n"
 const std::string iwlist = "$ iwlist wlan0 scan\n";
 const std::string start = "$ wpa_supplicant -iwlan0 -C /var/run/wpa_supplicant -B\n";
 const std::string stop = "$ wpa_cli terminate\n";
-const std::string marker = "mkdir -p /var/run/wpa_supplicant; touch /var/run/wpa_supplicant/wlan0";
 const std::string first = "          Cell 01 - Address: 02:00:00:00:00:01\n";
 
 std::string essid(const std::string &name) {
@@ -25,7 +24,7 @@ std::string line(const std::string &ssid, const std::string &security = "[NONE]"
 
 // A scan of this listing while a supplicant runs.
 tool_run listing(const std::string &text, const std::string &report) {
-    return {"--wifi-scan", iwlist + report, {.files = {{REPLY "iwlist", "print\n" + text}}, .before = marker}};
+    return {"--wifi-scan", iwlist + report, {.files = {{REPLY "iwlist", "print\n" + text}}, .before = supplicant_runs}};
 }
 
 TEST_F(Scan, ReportsEachCellWithAnSsid) {
@@ -68,14 +67,14 @@ TEST_F(Scan, StopsOnlyTheSupplicantItStarted) {
     expect_transcripts({
         scan(cell, "", start + found + line("a") + stop + "status 0\n"),
         scan(none, "", start + stop + "status 0\n"),
-        scan("signal 9\n" + first, marker, found + "SSID not found.\nstatus 0\n"),
+        scan("signal 9\n" + first, supplicant_runs, found + "SSID not found.\nstatus 0\n"),
         scan(cell, "", no_fork + " in zelta_system_argv, error 11Failed to start WPA supplicant.\nstatus 4\n",
              "fork 1 11"),
         scan(cell, "", start + no_fork + ", error 11\n" + not_started + stop + "status 4\n", "fork 2 11"),
-        scan(cell, marker, not_started + "status 4\n", "pipe 1 24"),
-        scan(none, marker, not_started + "status 4\n", "fdopen 1 12"),
+        scan(cell, supplicant_runs, not_started + "status 4\n", "pipe 1 24"),
+        scan(none, supplicant_runs, not_started + "status 4\n", "fdopen 1 12"),
         scan(cell, "", start + iwlist + "Failed to scan\n" + stop + "status 4\n", "fgets 1 5"),
-        scan(cell + first + essid("b"), marker, found + line("a") + "Failed to scan - 1\nstatus 4\n",
+        scan(cell + first + essid("b"), supplicant_runs, found + line("a") + "Failed to scan - 1\nstatus 4\n",
              "fgets 4 5\nferror 1 5\nferror 1 5"),
     });
 }
@@ -83,12 +82,11 @@ TEST_F(Scan, StopsOnlyTheSupplicantItStarted) {
 TEST_F(Scan, TakesTenThousandCells) {
     const std::string script = R"(
 exec 2>/dev/null; rm /run/sim/trace
-mkdir -p /var/run/wpa_supplicant; touch /var/run/wpa_supplicant/wlan0
 { echo print; seq -f 'Cell
 ESSID:"%g"' 10000; } >/run/sim/reply/iwlist
 zelta-ip --wifi-scan | tail -n +5 >/tmp/report
 seq -f $'NA\t\t NA\t\tNA       [NONE]  %g' 10000 | cmp - /tmp/report && echo same)";
-    EXPECT_EQ(device_shell(script), "same\n");
+    EXPECT_EQ(device_shell(supplicant_runs + script), "same\n");
 }
 
 } // namespace

@@ -58,44 +58,46 @@ TEST(Settings, ValidationStoresUpToTheFirstFault) {
     const std::string complete = "\nconfig=manual\naddress=A\nnetmask=N\ngateway=G\nroutes=default\ndns=S\n"
                                  "device=D\nuser=U\npassword=P\nsecrets-file=pap\nconnect=C\ndisconnect=X\n";
     const struct {
-        std::string change, prints, then; // both results, mode, type, first letters of the texts
+        std::string change, prints;
+        int ip_result, gprs_result, mode, secrets;
+        std::string stored; // the first letters of what is there
     } rows[] = {
-        {"dns", "", "00 20 ANGdDUPCX"},
-        {"user", "", "00 20 ANGdSDPCX"},
-        {"password", "", "00 20 ANGdSDUCX"},
-        {"config", "", "10 00 DUPCX"},
-        {"config=Auto", "", "10 00 DUPCX"},
-        {"config=auto", "", "00 10 DUPCX"},
-        {"address", "No IP address specified\n", "10 00 DUPCX"},
-        {"netmask", "No IP netmask specified\n", "10 00 ADUPCX"},
-        {"gateway", "No IP gateway specified\n", "10 00 ANDUPCX"},
-        {"routes", "No IP routes specified\n", "10 00 ANGSDUPCX"},
-        {"routes=R", "Default route not specified\n", "10 00 ANGRSDUPCX"},
-        {"device", "No serial device specified\n", "01 20 ANGdS"},
-        {"secrets-file", "Unrecognised secrets file type ((null))\n", "01 20 ANGdSDUP"},
-        {"secrets-file=PAP", "Unrecognised secrets file type (PAP)\n", "01 20 ANGdSDUP"},
-        {"secrets-file=chap", "", "00 21 ANGdSDUPCX"},
-        {"secrets-file=srp", "", "00 22 ANGdSDUPCX"},
-        {"connect", "No connect chat script specified\n", "01 20 ANGdSDUP"},
-        {"disconnect", "No disconnect chat script specified\n", "01 20 ANGdSDUPC"},
+        {"dns", "", 0, 0, ip_mode_manual, secrets_pap, "ANGdDUPCX"},
+        {"user", "", 0, 0, ip_mode_manual, secrets_pap, "ANGdSDPCX"},
+        {"password", "", 0, 0, ip_mode_manual, secrets_pap, "ANGdSDUCX"},
+        {"config", "", 1, 0, 0, secrets_pap, "DUPCX"},
+        {"config=Auto", "", 1, 0, 0, secrets_pap, "DUPCX"},
+        {"config=auto", "", 0, 0, ip_mode_auto, secrets_pap, "DUPCX"},
+        {"address", "No IP address specified\n", 1, 0, 0, secrets_pap, "DUPCX"},
+        {"netmask", "No IP netmask specified\n", 1, 0, 0, secrets_pap, "ADUPCX"},
+        {"gateway", "No IP gateway specified\n", 1, 0, 0, secrets_pap, "ANDUPCX"},
+        {"routes", "No IP routes specified\n", 1, 0, 0, secrets_pap, "ANGSDUPCX"},
+        {"routes=R", "Default route not specified\n", 1, 0, 0, secrets_pap, "ANGRSDUPCX"},
+        {"device", "No serial device specified\n", 0, 1, ip_mode_manual, secrets_pap, "ANGdS"},
+        {"secrets-file", "Unrecognised secrets file type ((null))\n", 0, 1, ip_mode_manual, secrets_pap, "ANGdSDUP"},
+        {"secrets-file=PAP", "Unrecognised secrets file type (PAP)\n", 0, 1, ip_mode_manual, secrets_pap, "ANGdSDUP"},
+        {"secrets-file=chap", "", 0, 0, ip_mode_manual, secrets_chap, "ANGdSDUPCX"},
+        {"secrets-file=srp", "", 0, 0, ip_mode_manual, secrets_srp, "ANGdSDUPCX"},
+        {"connect", "No connect chat script specified\n", 0, 1, ip_mode_manual, secrets_pap, "ANGdSDUP"},
+        {"disconnect", "No disconnect chat script specified\n", 0, 1, ip_mode_manual, secrets_pap, "ANGdSDUPC"},
     };
-    for (const auto &[change, prints, then] : rows) {
+    for (const auto &[change, prints, ip_result, gprs_result, mode, secrets, stored] : rows) {
         SCOPED_TRACE(change);
         const std::string key = change.substr(0, change.find('='));
-        std::string text = complete;
+        std::string text = complete, found;
         const size_t at = text.find("\n" + key + "=") + 1;
         text.replace(at, text.find('\n', at) - at, key == change ? "" : change);
         parsed file(text);
-        in_config = {};
+        ip_settings &c = in_config = {};
         testing::internal::CaptureStdout();
-        std::string found = std::to_string(val_ip_config_file(file.table));
-        found += std::to_string(val_gprs_config_file(file.table)) + " ";
+        EXPECT_EQ(val_ip_config_file(file.table), ip_result);
+        EXPECT_EQ(val_gprs_config_file(file.table), gprs_result);
         EXPECT_EQ(testing::internal::GetCapturedStdout(), prints);
-        const ip_settings &c = in_config;
-        found += std::to_string(c.ip_mode) + std::to_string(c.secrets_type) + " ";
+        EXPECT_EQ(c.ip_mode, mode);
+        EXPECT_EQ(c.secrets_type, secrets);
         for (const char *value :
              {c.address, c.netmask, c.gateway, c.routes, c.dns, c.device, c.user, c.password, c.connect, c.disconnect})
             found += value != nullptr ? std::string(value, 1) : "";
-        EXPECT_EQ(found, then);
+        EXPECT_EQ(found, stored);
     }
 }

@@ -6,8 +6,8 @@ namespace zelta {
 
 // Command handler: scans with iwlist(8), starting a supplicant for the length of the scan when none
 // runs, and prints a header and one line for each network with an SSID; nothing at all when there
-// is none. exit_ok when the listing was read to its end; exit_failed, after a message, when the
-// supplicant or the scan could not be started or the listing not be read.
+// is none. exit_ok when the listing was read to its end; exit_failed, after a message, when no
+// child could be created for the supplicant or the scan, or the listing not be read.
 int wifi_scan(int argc, char *argv[]);
 
 } // namespace zelta
