@@ -101,13 +101,14 @@ TEST_F(Links, StartNeedsItsSettings) {
         return SETTINGS + file + " not found (reason: No such file or directory)\nstatus 2\n";
     };
     const std::string lacking = "Unrecognised secrets file type ((null))\nstatus 1\n";
+    const std::string refused = "Open failed\n: Permission denied\nstatus 2\n", second_file = "fopen 2 13";
     expect_transcripts({
         {"--stop-wifi-if none", missing("none")},
         {"--start-wifi-if wifi-auto", missing("wlan-config"), {.before = "rm " SETTINGS "wlan-config"}},
         {"--start-gprs-if gprs-auto", missing("gprs-config"), {.before = "rm " SETTINGS "gprs-config"}},
-        {"--start-usb-eth-if usb-auto",
-         "Parsing IP config file\nOpen failed\n: Permission denied\nstatus 2\n",
-         {.faults = "fopen 1 13"}},
+        {"--start-usb-eth-if usb-auto", "Parsing IP config file\n" + refused, {.faults = "fopen 1 13"}},
+        {"--start-wifi-if wifi-auto", wlan_read + "Parsing WLAN config file\n" + refused, {.faults = second_file}},
+        {"--start-gprs-if gprs-auto", ip_read + "Parsing GPRS config file\n" + refused, {.faults = second_file}},
         {"--start-usb-eth-if usb-auto", "status 4\n", {.faults = "malloc 1 12"}},
         {"--start-usb-eth-if ../../../tmp/x", ip_read + "status 1\n", {.before = "echo config=DHCP >/tmp/x"}},
         link("--stop-usb-eth-if", "config=manual\n", "No IP address specified\nstatus 1\n"),

@@ -120,8 +120,10 @@ TEST(Mbuf, InvalidHeaders) {
                       {external, 1, 4, 3, text},
                       {external, 0, 0, 3, text},
                       {external, 1, 0, 3, nullptr}};
-    for (mbuf &header : headers)
-        EXPECT_EQ(mbuf_size(&header), UINT32_MAX) << "row " << &header - headers;
+    for (mbuf &header : headers) {
+        EXPECT_EQ(mbuf_valid(&header), -1) << "row " << &header - headers;
+        EXPECT_EQ(mbuf_size(&header), UINT32_MAX);
+    }
     EXPECT_EQ(mbuf_access(headers, 0), nullptr);
     mbuf beyond_32_bits = {external, 0x10000, 0, 0x10000, text};
     EXPECT_EQ(mbuf_valid(&beyond_32_bits), sizeof(size_t) > 4 ? 0 : -1);

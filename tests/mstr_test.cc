@@ -152,8 +152,10 @@ TEST(Mstr, InvalidHeaders) {
                       {array, 0, 3, nullptr},
                       {heap, 0, limit, nullptr},
                       {MSTR_MAGIC_CONST, 0, 0, one_too_many}};
-    for (mstr &header : headers)
-        EXPECT_EQ(mstr_capacity(&header), UINT32_MAX) << "row " << &header - headers;
+    for (mstr &header : headers) {
+        EXPECT_EQ(mstr_valid(&header), -1) << "row " << &header - headers;
+        EXPECT_EQ(mstr_capacity(&header), UINT32_MAX);
+    }
     mstr longest = {MSTR_MAGIC_CONST, 0, 0, one_too_many + 1};
     EXPECT_EQ(mstr_capacity(&longest), limit - 1);
     EXPECT_EQ(mstr_get(headers), nullptr);
