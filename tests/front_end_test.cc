@@ -69,6 +69,16 @@ TEST_F(FrontEnd, ShowsAndSetsTheKernelsNames) {
     });
 }
 
+TEST_F(FrontEnd, KernelsThatCannotCloseARangeCloseEachDescriptor) {
+    const std::string open_two = "bash -c 'exec 3</ 3000</; exec \"$@\"' - ";
+    expect_transcripts({{"--open-ping in",
+                         filter_run("-A INPUT -p icmp --icmp-type 8 -j ACCEPT") + "status 0\n0 1 2\n",
+                         {.replies = "iptables report",
+                          .after = "sed -n 's/^fd //p' /run/sim/report | xargs",
+                          .faults = "syscall 1 38",
+                          .launcher = open_two + as_500}}});
+}
+
 // Whatever the first step of a command is, the ids are root's before it.
 TEST_F(FrontEnd, ProgramsAreRootsForUser500) {
     const std::string script = R"(

@@ -150,6 +150,7 @@ TEST_F(Links, GprsIsThePppDaemonsWork) {
         gprs(manual, pppd + path + "move failed: Invalid cross-device link\n" + failure,
              {.before = resolv, .faults = "rename 1 18"}),
         gprs(manual, "fork fail\n" + failure, {.before = resolv, .faults = "fork 1 11"}),
+        gprs(manual, pppd + "parent exit\n" + failure, {.before = resolv, .faults = "waitpid 1 10"}),
         gprs(manual, no_open, {.before = "mkdir /etc/ppp/pppd-config"}),
         gprs(manual, no_open, {.before = "mkdir /etc/ppp/chap-secrets"}),
         gprs(manual, failure, {.launcher = "sh -c 'trap \"\" XFSZ; ulimit -f 0; exec \"$@\"' --"}),
