@@ -268,7 +268,7 @@ constexpr row rows[] = {
     ROW('0', -1, mbuf_memcpy(&o.a.b, o.m, mk_mref(nullptr, o.n))),
     ROW('2', -1, call_with_twin(o)),
     ROW('R', reserve(o.a, o.n), mbuf_reserve(&o.a.b, o.n)),
-    ROW('E', reserve(o.a, o.a.list.size() + o.n), mbuf_extend(&o.a.b, o.n)),
+    ROW('E', reserve(o.a, uint64_t{o.n} + o.a.list.size()), mbuf_extend(&o.a.b, o.n)),
     ROW('e', erase(o.a, o.m, o.n), mbuf_erase(&o.a.b, o.m, o.n)),
     ROW('r', reverse(o.a), mbuf_reverse(&o.a.b)),
     ROW('o', sort(o.a), mbuf_sort(&o.a.b, by_first_byte)),

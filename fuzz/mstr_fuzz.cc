@@ -234,7 +234,7 @@ constexpr row rows[] = {
         mstr_strip(&o.a.s, o.m % 2 != 0, o.n % 2 != 0)),
     ROW('r', replace(o), mstr_replace(&o.a.s, &o.b.s, &o.c.s, o.m)),
     ROW('R', reserve(o.a, o.n), mstr_reserve(&o.a.s, o.n)),
-    ROW('E', reserve(o.a, o.a.text.size() + o.n), mstr_extend(&o.a.s, o.n)),
+    ROW('E', reserve(o.a, uint64_t{o.n} + o.a.text.size()), mstr_extend(&o.a.s, o.n)),
     ROW('f', differ(o.a, o.b) ? find(o.a, o.m, o.b.text) : -1, mstr_find(&o.a.s, o.m, &o.b.s)),
     ROW('F', find(o.a, o.m, o.text), mstr_find_cstr(&o.a.s, o.m, o.text)),
     ROW('c', count(o), mstr_count(&o.a.s, &o.b.s)),
