@@ -71,7 +71,8 @@ TEST_F(Links, StartByDhcpOrByHand) {
     const std::string usb = "--start-usb-eth-if", pan = "--start-bluetooth-pan-if", wifi = "--start-wifi-if";
     const std::string conf = std::string("interface \"usb0\" {\n") + dhcp_conf;
     expect_transcripts({
-        link(usb, dhcp, holes() + "$ dhclient usb0\n" + done + conf, {.after = "cat /etc/dhclient.conf"}),
+        link(usb, dhcp, holes() + "$ dhclient usb0\n" + done + conf + "644\n",
+             {.after = "cd /etc; cat dhclient.conf; stat -c %a dhclient.conf"}),
         link(pan, dhcp, "Auto IP config\n" + done, {.before = dhcp_runs}),
         link(pan, manual, by_hand("bnep0") + done),
         link(usb, manual, by_hand("usb0") + done, {.before = dhcp_runs}),
