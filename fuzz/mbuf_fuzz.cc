@@ -33,11 +33,11 @@ struct slot {
     units list = {};
 };
 
-struct operands {
-    slot &a, &b;
-    uint32_t m, n;
-    const std::string &text;
-};
+using operands = operands_of<slot>;
+
+size_t length_of(const slot &x) {
+    return x.list.size();
+}
 
 bool guarded(const slot &x) {
     return x.kind - MBUF_MAGIC_HEAP <= MBUF_MAGIC_GUARDED - MBUF_MAGIC_HEAP;
@@ -107,7 +107,7 @@ int slice(operands &o) {
 
 // The text, cut or filled with zeros to one unit.
 std::string unit_of(const operands &o) {
-    std::string unit = o.text;
+    std::string unit = o.raw;
     unit.resize(o.a.unitsize);
     return unit;
 }
@@ -142,20 +142,20 @@ int compare(const operands &o) {
 }
 
 int find(const operands &o, bool with_comparator) {
-    const size_t length = o.text.size(), size = o.a.unitsize;
+    const size_t length = o.raw.size(), size = o.a.unitsize;
     if (!valid(o.a) || o.m >= o.a.list.size() || length > size ||
         (!with_comparator && length < size))
         return -1;
     for (size_t i = o.m; i < o.a.list.size(); i++)
-        if (with_comparator ? o.a.list[i][0] == o.text[0] : o.a.list[i] == o.text)
+        if (with_comparator ? o.a.list[i][0] == o.raw[0] : o.a.list[i] == o.raw)
             return static_cast<int>(i);
     return -1;
 }
 
 int set(operands &o) {
-    if (!valid(o.a) || o.m >= o.a.list.size() || o.text.size() != o.a.unitsize)
+    if (!valid(o.a) || o.m >= o.a.list.size() || o.raw.size() != o.a.unitsize)
         return -1;
-    o.a.list[o.m] = o.text;
+    o.a.list[o.m] = o.raw;
     return 0;
 }
 
@@ -186,14 +186,14 @@ std::unique_ptr<char[]> memory(const std::string &text) {
 
 template <typename Call>
 int with_units(operands &o, Call call) {
-    const auto copy = memory(o.text);
-    return call(mk_mref(copy.get(), static_cast<uint32_t>(units_in(o.a, o.text).size())));
+    const auto copy = memory(o.raw);
+    return call(mk_mref(copy.get(), static_cast<uint32_t>(units_in(o.a, o.raw).size())));
 }
 
 template <typename Call>
 int with_bytes(operands &o, Call call) {
-    const auto copy = memory(o.text);
-    return call(mk_mref(copy.get(), static_cast<uint32_t>(o.text.size())));
+    const auto copy = memory(o.raw);
+    return call(mk_mref(copy.get(), static_cast<uint32_t>(o.raw.size())));
 }
 
 int call_push_back(operands &o) {
@@ -259,9 +259,9 @@ constexpr row rows[] = {
         mbuf_insert(&o.a.b, o.m, &o.b.b)),
     ROW('w', compatible(o) ? overwrite(o.a, o.m, o.b.list) : -1, mbuf_write(&o.a.b, o.m, &o.b.b)),
     ROW('s', slice(o), mbuf_slice(&o.a.b, &o.b.b, o.m, o.n)),
-    ROW('m', overwrite(o.a, o.m, units_in(o.a, o.text)),
+    ROW('m', overwrite(o.a, o.m, units_in(o.a, o.raw)),
         with_units(o, [&](mref given) { return mbuf_memcpy(&o.a.b, o.m, given); })),
-    ROW('c', overwrite(o.a, o.a.list.size(), units_in(o.a, o.text)),
+    ROW('c', overwrite(o.a, o.a.list.size(), units_in(o.a, o.raw)),
         with_units(o, [&](mref given) { return mbuf_concat(&o.a.b, given); })),
     ROW('p', overwrite(o.a, o.a.list.size(), {unit_of(o)}), call_push_back(o)),
     ROW('H', -1, mbuf_concat(&o.a.b, mk_mref(o.a.b.bufptr, UINT32_MAX))),
@@ -380,7 +380,7 @@ void make(operands &o, uint32_t unitsize, std::string_view line) {
     if (x.kind == MBUF_MAGIC_HEAP || x.kind == MBUF_MAGIC_HEAP_FIXED)
         return make_heap(x, o.m == std::size(kinds), line);
     x.capacity %= 256;
-    make_in_storage(x, o.text, line);
+    make_in_storage(x, o.raw, line);
 }
 
 // Copies the last unit, or that at the index m, to memory of n bytes.
@@ -431,29 +431,6 @@ void step(operands &o, const operation &operation) {
 } // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    // Long sequences and arrays take time and show nothing new.
-    constexpr int most_operations = 100;
-    constexpr size_t most_units = 256;
-    std::string_view input = as_text(data, size);
-    slot slots[3];
-    bool goes_on = true;
-    for (int i = 0; i < most_operations && goes_on && !input.empty(); i++) {
-        const operation next = next_operation(input);
-        operands o = {.a = slots[next.a % 3],
-                      .b = slots[next.b % 3],
-                      .m = next.m,
-                      .n = next.n,
-                      .text = next.text};
-        step(o, next);
-        for (const slot &x : slots) {
-            check(x, next.line);
-            goes_on = goes_on && x.list.size() <= most_units;
-        }
-    }
-    for (slot &x : slots) {
-        if (x.damaged != nullptr)
-            damage_or_mend(x, 0);
-        destroy(x, "the end");
-    }
+    do_operations<slot, 3>(as_text(data, size));
     return 0;
 }

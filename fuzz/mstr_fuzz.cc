@@ -33,12 +33,11 @@ bool guarded(const slot &x) {
     return x.kind == MSTR_MAGIC_HEAP || x.kind == MSTR_MAGIC_GUARDED;
 }
 
-struct operands {
-    slot &a, &b, &c;
-    uint32_t m, n;
-    const std::string &raw;
-    const char *text = raw.c_str(); // up to a NUL
-};
+using operands = operands_of<slot>;
+
+size_t length_of(const slot &x) {
+    return x.text.size();
+}
 
 // --- the model ---
 
@@ -385,30 +384,6 @@ void step(operands &o, const operation &operation) {
 } // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    // Long sequences and texts take time and show nothing new.
-    constexpr int most_operations = 100;
-    constexpr size_t most_characters = 256;
-    std::string_view input = as_text(data, size);
-    slot slots[4];
-    bool goes_on = true;
-    for (int i = 0; i < most_operations && goes_on && !input.empty(); i++) {
-        const operation next = next_operation(input);
-        operands o = {.a = slots[next.a % 4],
-                      .b = slots[next.b % 4],
-                      .c = slots[next.c % 4],
-                      .m = next.m,
-                      .n = next.n,
-                      .raw = next.text};
-        step(o, next);
-        for (const slot &x : slots) {
-            check(x, next.line);
-            goes_on = goes_on && x.text.size() <= most_characters;
-        }
-    }
-    for (slot &x : slots) {
-        if (x.damaged != nullptr)
-            damage_or_mend(x, 0);
-        destroy(x, "the end");
-    }
+    do_operations<slot, 4>(as_text(data, size));
     return 0;
 }

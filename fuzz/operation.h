@@ -43,4 +43,44 @@ inline operation next_operation(std::string_view &input) {
     return next;
 }
 
+// What an operation works on: slots, each with an object under test and its model, and numbers and a
+// text.
+template <typename Slot>
+struct operands_of {
+    Slot &a, &b, &c;
+    uint32_t m, n;
+    const std::string &raw;
+    const char *text = raw.c_str(); // up to a NUL
+};
+
+// Does the operations of an input, and destroys what is left in the slots. A target says for its own
+// slots what a step does, how to check one, to mend and to destroy it, and how long its content is.
+template <typename Slot, size_t Count>
+void do_operations(std::string_view input) {
+    // Long sequences and contents take time and show nothing new.
+    constexpr int most_operations = 100;
+    constexpr size_t most_units = 256;
+    Slot slots[Count];
+    bool goes_on = true;
+    for (int i = 0; i < most_operations && goes_on && !input.empty(); i++) {
+        const operation next = next_operation(input);
+        operands_of<Slot> o = {.a = slots[next.a % Count],
+                               .b = slots[next.b % Count],
+                               .c = slots[next.c % Count],
+                               .m = next.m,
+                               .n = next.n,
+                               .raw = next.text};
+        step(o, next);
+        for (const Slot &x : slots) {
+            check(x, next.line);
+            goes_on = goes_on && length_of(x) <= most_units;
+        }
+    }
+    for (Slot &x : slots) {
+        if (x.damaged != nullptr)
+            damage_or_mend(x, 0);
+        destroy(x, "the end");
+    }
+}
+
 } // namespace zelta::fuzz
