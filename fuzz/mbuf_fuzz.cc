@@ -409,8 +409,10 @@ void copy_own_units(operands &o, std::string_view line) {
 
 void step(operands &o, const operation &operation) {
     switch (operation.letter) {
-    case 'n': // the sizes that are known to sorting and reversing, and others
-        return make(o, operation.c <= 20 ? operation.c : 64, operation.line);
+    case 'n': { // the sizes that are known to sorting and reversing, others, and one that is large
+        const uint32_t size = operation.c <= 20 ? operation.c : operation.c > UINT8_MAX ? 600 : 64;
+        return make(o, size, operation.line);
+    }
     case 'x':
         return destroy(o.a, operation.line);
     case '!':
