@@ -25,8 +25,8 @@ bool acceptable(std::string_view name) {
     return true;
 }
 
-// Raises privileges for a name that may be set.
-bool may_set(const char *name) {
+// Raises privileges for a name that is acceptable; false for any other.
+bool prepare_to_set(const char *name) {
     if (!acceptable(name))
         return false;
     become_root();
@@ -42,16 +42,17 @@ int show(const char *name) {
 
 int hostname(int argc, char *argv[]) {
     if (argc == 3)
-        return may_set(argv[2]) && sethostname(argv[2], strlen(argv[2])) == 0 ? exit_ok
-                                                                              : exit_invalid;
+        return prepare_to_set(argv[2]) && sethostname(argv[2], strlen(argv[2])) == 0 ? exit_ok
+                                                                                     : exit_invalid;
     char name[longest_name + 1] = {};
     return gethostname(name, longest_name) == 0 ? show(name) : exit_failed;
 }
 
 int domainname(int argc, char *argv[]) {
     if (argc == 3)
-        return may_set(argv[2]) && setdomainname(argv[2], strlen(argv[2])) == 0 ? exit_ok
-                                                                                : exit_invalid;
+        return prepare_to_set(argv[2]) && setdomainname(argv[2], strlen(argv[2])) == 0
+                   ? exit_ok
+                   : exit_invalid;
     char name[longest_name + 1] = {};
     return getdomainname(name, longest_name) == 0 ? show(name) : exit_failed;
 }
