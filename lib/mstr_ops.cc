@@ -254,7 +254,7 @@ int mstr_sprintf(mstr *to, const char *format, ...) {
         if (whole < sizeof aside)
             memcpy(to->c_str, aside, to->lastlen);
         else
-            vsnprintf(to->c_str, size_t{to->lastlen} + 1, format, again);
+            length = vsnprintf(to->c_str, size_t{to->lastlen} + 1, format, again);
         to->c_str[to->lastlen] = '\0';
     }
     va_end(again);

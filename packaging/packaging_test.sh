@@ -81,11 +81,12 @@ same "settings" "" "$(diff -r "$scratch"/{deb,oe}/home && diff -r "$scratch"/{de
 echo config=manual >"$settings/usb-auto"
 rm "$settings/usb-manual"
 chmod g+w "$settings"
-chown 500 "$settings/.."
+chown 500 "$settings/.." "$settings/wlan-config"
 kept=$(listing "$scratch/deb")
 note=": who owns it or can write it is root through zelta-ip"
 same "complaints" "create-settings: /deb/home/main-user$note
-create-settings: /deb/home/main-user/.ip_config$note" "$(configure)"
+create-settings: /deb/home/main-user/.ip_config$note
+create-settings: /deb/home/main-user/.ip_config/wlan-config$note" "$(configure)"
 same "the engineer's settings" "config=manual $kept" \
     "$(cat "$settings/usb-auto") $(listing "$scratch/deb")"
 
