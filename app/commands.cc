@@ -20,95 +20,37 @@ constexpr char ping_help[] = "<in|out> [<addr range>]";
 
 } // namespace
 
+// name, hidden, min_argc, max_argc, help, handler
+// clang-format off
 constexpr cmd_entry cmds[cmd_count] = {
-    {.name = "--domainname",
-     .min_argc = 2,
-     .max_argc = 3,
-     .help = "<domain name>",
-     .handler = domainname},
-    {.name = "--hostname",
-     .min_argc = 2,
-     .max_argc = 3,
-     .help = "<host name>",
-     .handler = hostname},
-    {.name = "--start-gprs-if",
-     .min_argc = 3,
-     .max_argc = 3,
-     .help = settings_help,
-     .handler = start_gprs_if},
-    {.name = "--start-wifi-if",
-     .min_argc = 3,
-     .max_argc = 3,
-     .help = settings_help,
-     .handler = start_wifi_if},
-    {.name = "--start-bluetooth-pan-if",
-     .min_argc = 3,
-     .max_argc = 3,
-     .help = settings_help,
-     .handler = start_bluetooth_pan_if},
-    {.name = "--start-usb-eth-if",
-     .min_argc = 3,
-     .max_argc = 3,
-     .help = settings_help,
-     .handler = start_usb_eth_if},
-    {.name = "--stop-gprs-if",
-     .min_argc = 3,
-     .max_argc = 3,
-     .help = settings_help,
-     .handler = stop_gprs_if},
-    {.name = "--stop-wifi-if",
-     .min_argc = 3,
-     .max_argc = 3,
-     .help = settings_help,
-     .handler = stop_wifi_if},
-    {.name = "--stop-bluetooth-pan-if",
-     .min_argc = 3,
-     .max_argc = 3,
-     .help = settings_help,
-     .handler = stop_bluetooth_pan_if},
-    {.name = "--stop-usb-eth-if",
-     .min_argc = 3,
-     .max_argc = 3,
-     .help = settings_help,
-     .handler = stop_usb_eth_if},
-    {.name = "--wifi-scan", .min_argc = 2, .max_argc = 2, .help = "", .handler = wifi_scan},
-    {.name = "--restart-dhclient",
-     .min_argc = 2,
-     .max_argc = 2,
-     .help = "",
-     .handler = restart_dhclient},
-    {.name = "--restart-wpa-supplicant",
-     .min_argc = 2,
-     .max_argc = 2,
-     .help = "",
-     .handler = restart_wpa_supplicant},
-    {.name = "--open-port", .min_argc = 5, .max_argc = 6, .help = port_help, .handler = open_port},
-    {.name = "--close-port",
-     .min_argc = 5,
-     .max_argc = 6,
-     .help = port_help,
-     .handler = close_port},
-    {.name = "--open-ping", .min_argc = 3, .max_argc = 4, .help = ping_help, .handler = open_ping},
-    {.name = "--close-ping",
-     .min_argc = 3,
-     .max_argc = 4,
-     .help = ping_help,
-     .handler = close_ping},
+    {"--domainname", 0, 2, 3, "<domain name>", domainname},
+    {"--hostname", 0, 2, 3, "<host name>", hostname},
+    {"--start-gprs-if", 0, 3, 3, settings_help, start_gprs_if},
+    {"--start-wifi-if", 0, 3, 3, settings_help, start_wifi_if},
+    {"--start-bluetooth-pan-if", 0, 3, 3, settings_help, start_bluetooth_pan_if},
+    {"--start-usb-eth-if", 0, 3, 3, settings_help, start_usb_eth_if},
+    {"--stop-gprs-if", 0, 3, 3, settings_help, stop_gprs_if},
+    {"--stop-wifi-if", 0, 3, 3, settings_help, stop_wifi_if},
+    {"--stop-bluetooth-pan-if", 0, 3, 3, settings_help, stop_bluetooth_pan_if},
+    {"--stop-usb-eth-if", 0, 3, 3, settings_help, stop_usb_eth_if},
+    {"--wifi-scan", 0, 2, 2, "", wifi_scan},
+    {"--restart-dhclient", 0, 2, 2, "", restart_dhclient},
+    {"--restart-wpa-supplicant", 0, 2, 2, "", restart_wpa_supplicant},
+    {"--open-port", 0, 5, 6, port_help, open_port},
+    {"--close-port", 0, 5, 6, port_help, close_port},
+    {"--open-ping", 0, 3, 4, ping_help, open_ping},
+    {"--close-ping", 0, 3, 4, ping_help, close_ping},
 };
-
-namespace {
+// clang-format on
 
 // Dispatch takes the first row that fits, and a wrong count ends in the usage text, because no
 // option word stands twice.
-constexpr bool names_distinct() {
-    for (int i = 0; i < cmd_count; i++)
-        for (int j = 0; j < i; j++)
-            if (std::string_view(cmds[i].name) == cmds[j].name)
+static_assert([] {
+    for (const cmd_entry &row : cmds)
+        for (const cmd_entry *earlier = cmds; earlier != &row; earlier++)
+            if (std::string_view(row.name) == earlier->name)
                 return false;
     return true;
-}
-static_assert(names_distinct());
-
-} // namespace
+}());
 
 } // namespace zelta

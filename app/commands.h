@@ -6,7 +6,7 @@ namespace zelta {
 
 struct cmd_entry {
     const char *name; // the option word, compared exactly
-    int hidden = 0;   // not 0: served but not listed
+    int hidden;       // not 0: served but not listed
     int min_argc;     // argument counts include program name and option word
     int max_argc;
     const char *help;                       // the parameters, as the usage text shows them

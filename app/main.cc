@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "app/commands.h"
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 #include "process/inherited.h"
 
 namespace zelta {
@@ -38,8 +38,10 @@ int dispatch(int argc, char *argv[]) {
 int serve(int argc, char *argv[]) {
     keep_standard_descriptors();
     ignore_broken_pipe();
-    puts("\nZelta IP Tool");
     uid_t caller = getuid();
+    if (caller != root)
+        ignore_terminal_stop();
+    puts("\nZelta IP Tool");
     if (caller != root && caller != device_user) {
         puts("Access denied.");
         return exit_denied;

@@ -5,7 +5,7 @@
 
 #include <sys/wait.h>
 
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 #include "process/child.h"
 #include "process/privilege.h"
 
@@ -29,14 +29,10 @@ int report_end(int status) {
 
 int run_and_report(const char *const argv[]) {
     become_root();
-    pid_t pid = child_fork();
+    pid_t pid = child_start("/usr/sbin/iptables", argv, exec_failed_aloud);
     if (pid < 0) {
         puts("fork fail");
         return exit_failed;
-    }
-    if (pid == 0) {
-        child_exec("/usr/sbin/iptables", argv);
-        child_end(exec_failed_line, exit_failed);
     }
     int status;
     int result = child_wait(pid, &status) ? report_end(status) : exit_failed;

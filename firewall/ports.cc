@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "app/exit_status.h"
 #include "firewall/iptables.h"
+#include "lib/exit_status.h"
 #include "lib/report_error.h"
 
 namespace zelta {
@@ -28,13 +28,14 @@ const char *chain_of(const char *direction) {
     return strcmp(direction, "out") == 0 ? "OUTPUT" : nullptr;
 }
 
-// The value of the digits that the text begins with; what follows them is the packet filter's to
-// judge. Says so and returns port_limit for a text that is no port. A negative number is a large
-// one here.
+// The value of the digits that the text begins with, 0 without any; the packet filter judges the
+// whole text. Prints its line and returns port_limit for a number that is negative or too large.
 unsigned long port_value(const char *text) {
     errno = 0;
     unsigned long value = static_cast<unsigned long>(strtol(text, nullptr, 10));
-    if (errno != ERANGE && value < port_limit) // a text without digits is an error to some systems
+    // A negative number has become a large one. EINVAL, which some C libraries set for a text
+    // without digits, does not count.
+    if (errno != ERANGE && value < port_limit)
         return value;
     report_error("Destination port conversion failed");
     return port_limit;
@@ -50,17 +51,11 @@ hole port_hole(int argc, char *argv[], unsigned long first_incoming) {
     const char *chain = chain_of(argv[4]);
     if (chain == nullptr || (strcmp(chain, "INPUT") == 0 && port < first_incoming))
         return {};
-    return {.chain = chain,
-            .protocol = protocol,
-            .port = argv[3],
-            .range = argc == 6 ? argv[5] : nullptr};
+    return {chain, protocol, argv[3], argc == 6 ? argv[5] : nullptr};
 }
 
 hole ping_hole(int argc, char *argv[]) {
-    return {.chain = chain_of(argv[2]),
-            .protocol = "icmp",
-            .port = ping_type,
-            .range = argc == 4 ? argv[3] : nullptr};
+    return {chain_of(argv[2]), "icmp", ping_type, argc == 4 ? argv[3] : nullptr};
 }
 
 int open_hole(const hole &wanted) {

@@ -7,9 +7,9 @@ namespace zelta {
 
 namespace {
 
-// The data lies one guard word into its block. Units that need more than 4-byte alignment would be
-// misaligned there, so an allocated block starts this far into what malloc returned: the guard word
-// ends, and the data begins, at the next address that is aligned for any type.
+// malloc returns an address that is aligned for any type, and data that follows a guard word of 4
+// bytes there would not be. So the guard word begins this many bytes later, and the data begins at
+// the next aligned address.
 constexpr size_t heap_lead = guard_lead<max_align_t>;
 
 // Guard words around data whose bytes are not set yet; null for a null block.
@@ -44,7 +44,9 @@ char *guard_grow(void *data, size_t size, size_t larger, uint32_t tag) {
     if (block == nullptr)
         return nullptr;
     char *grown = frame(block + heap_lead, larger, tag);
-    if (data != nullptr) {
+    if (data == nullptr) {
+        size = 0;
+    } else {
         memcpy(grown, data, size);
         guard_free(data, size);
     }

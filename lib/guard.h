@@ -19,15 +19,27 @@ inline constexpr size_t guards_size = 2 * guard_size;
 // The largest data whose guarded block still has a size in size_t, also where that has 32 bits.
 inline constexpr size_t guard_max_size = SIZE_MAX - guards_size - alignof(max_align_t);
 
-// What a kind of storage allows; each family has a table of these, indexed by its tags.
+// What a kind of storage allows. Each family has a table with one row for each of its tags.
 struct storage_kind {
+    uint32_t tag;
     bool guarded = false;   // framed by guard words
     bool owned = false;     // allocated and freed by the library
+    bool grows = false;     // replaced by larger storage when an operation needs it
+    bool writable = true;   // operations may change it
     bool resizable = false; // the count of used units may be set directly
 };
 
-// Bytes to leave free before caller's guarded storage that is aligned for T, so that the data
-// behind the guard word is aligned for T as well.
+// The tags of a table follow one another, so that a tag tells the position of its row.
+template <size_t Count>
+constexpr bool positioned_by_tag(const storage_kind (&kinds)[Count]) {
+    for (size_t i = 0; i < Count; i++)
+        if (kinds[i].tag - kinds[0].tag != i)
+            return false;
+    return true;
+}
+
+// Bytes to leave free at the start of a caller's block that is aligned for T: guarded storage that
+// begins there has its data, which follows the first guard word, aligned for T as well.
 template <typename T>
 inline constexpr size_t guard_lead = alignof(T) > guard_size ? alignof(T) - guard_size : 0;
 
@@ -35,8 +47,8 @@ inline constexpr size_t guard_lead = alignof(T) > guard_size ? alignof(T) - guar
 // bytes. Returns the data, or null for a null block.
 char *guard_init(void *block, size_t size, uint32_t tag);
 
-// True when both guard words around the data still hold the tag. Part of every operation, so it is
-// here, where the compiler makes two word comparisons of it.
+// True when both guard words around the data still hold the tag. Every operation calls it, so it is
+// inline: two comparisons of words.
 inline bool guard_intact(const void *data, size_t size, uint32_t tag) {
     const char *bytes = static_cast<const char *>(data);
     uint32_t before, behind;
@@ -53,8 +65,8 @@ void guard_wipe(void *data, size_t size);
 char *guard_alloc(size_t size, uint32_t tag);
 void guard_free(void *data, size_t size);
 
-// Moves data to allocated storage of a larger size, zero behind what was there, and frees the old
-// one; null, with the old one as it was, when there is no memory. Null data has size 0.
+// Moves data of this size to a larger allocation, fills the rest with zeros and frees the old one.
+// For null data all of it is zeros. Null when there is no memory; then the old one is as it was.
 char *guard_grow(void *data, size_t size, size_t larger, uint32_t tag);
 
 // The capacity that storage grows to when need is more than capacity: need or twice the capacity,

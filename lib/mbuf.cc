@@ -4,25 +4,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 namespace zelta {
 
 namespace {
-
-constexpr storage_kind kinds[] = {
-    {.guarded = true, .owned = true}, // HEAP
-    {.guarded = true, .owned = true}, // HEAP_FIXED
-    {.guarded = true},                // GUARDED
-    {.resizable = true},              // EXTERN
-    {.resizable = true},              // EXTERN_DATA
-    {},                               // EXTERN_LOCKED
-};
-constexpr uint32_t kind_count = sizeof kinds / sizeof kinds[0];
-static_assert(MBUF_MAGIC_EXTERN_LOCKED - MBUF_MAGIC_HEAP + 1 == kind_count);
-
-const storage_kind &kind_of(const mbuf *b) {
-    return kinds[b->magic - MBUF_MAGIC_HEAP];
-}
 
 size_t data_size(const mbuf *b) {
     return size_t{b->unitsize} * b->capacity;
@@ -41,26 +27,24 @@ char *make_storage(uint32_t unitsize, uint32_t capacity, uint32_t tag) {
 } // namespace
 
 int mbuf_valid(mbuf *b) {
-    if (b == nullptr || b->magic - MBUF_MAGIC_HEAP >= kind_count || b->capacity < b->used)
+    if (b == nullptr || b->magic - MBUF_MAGIC_HEAP >= std::size(_mbuf_kinds) ||
+        b->capacity < b->used)
         return -1;
     if (b->unitsize == 0 || !size_fits(b->unitsize, b->capacity))
         return -1;
     if (b->bufptr == nullptr) {
-        if (!kind_of(b).owned)
+        if (!_mbuf_kind(b).owned)
             return -1;
         b->bufptr = make_storage(b->unitsize, b->capacity, b->magic);
         if (b->bufptr == nullptr)
             return -1;
     }
-    return !kind_of(b).guarded || guard_intact(b->bufptr, data_size(b), b->magic) ? 0 : -1;
+    return !_mbuf_kind(b).guarded || guard_intact(b->bufptr, data_size(b), b->magic) ? 0 : -1;
 }
 
 int mbuf_create(mbuf *b, uint32_t unitsize, uint32_t capacity) {
     if (b != nullptr)
-        *b = {.magic = MBUF_MAGIC_HEAP,
-              .unitsize = unitsize,
-              .capacity = capacity,
-              .bufptr = nullptr};
+        *b = {MBUF_MAGIC_HEAP, unitsize, 0, capacity, nullptr};
     return mbuf_valid(b);
 }
 
@@ -75,9 +59,9 @@ mbuf *mbuf_new(uint32_t unitsize, uint32_t capacity) {
 int mbuf_destroy(mbuf *b) {
     if (mbuf_valid(b) != 0)
         return -1;
-    if (kind_of(b).owned)
+    if (_mbuf_kind(b).owned)
         guard_free(b->bufptr, data_size(b));
-    else if (kind_of(b).guarded)
+    else if (_mbuf_kind(b).guarded)
         guard_wipe(b->bufptr, data_size(b));
     *b = {};
     return 0;
@@ -100,7 +84,7 @@ uint32_t mbuf_capacity(mbuf *b) {
 }
 
 int mbuf_updatesize(mbuf *b, uint32_t used) {
-    if (mbuf_valid(b) != 0 || !kind_of(b).resizable || used > b->capacity)
+    if (mbuf_valid(b) != 0 || !_mbuf_kind(b).resizable || used > b->capacity)
         return -1;
     b->used = used;
     return 0;
@@ -119,13 +103,12 @@ void *_mbuf_init_buffer(void *storage, size_t size, uint32_t tag) {
 }
 
 void _mbuf_expand(mbuf *b, uint32_t need) {
-    if (b->magic != MBUF_MAGIC_HEAP || b->capacity >= need)
+    if (!_mbuf_kind(b).grows || b->capacity >= need)
         return;
     uint32_t capacity = grown_capacity(b->capacity, need, MBUF_MAX_CAPACITY);
     if (capacity == 0 || !size_fits(b->unitsize, capacity))
         return;
-    size_t size = b->bufptr == nullptr ? 0 : data_size(b);
-    char *grown = guard_grow(b->bufptr, size, size_t{b->unitsize} * capacity, b->magic);
+    char *grown = guard_grow(b->bufptr, data_size(b), size_t{b->unitsize} * capacity, b->magic);
     if (grown == nullptr)
         return;
     b->capacity = capacity;

@@ -1,7 +1,7 @@
-// Dynamic unit arrays. A header describes a run of fixed-size units, any record type, copied as
-// bytes, in one of six kinds of storage, told apart by the tag in its first word. Every operation
-// first validates its headers with mbuf_valid and refuses one whose tag, counts or guard words are
-// wrong; a unit size of 0 and a size in bytes beyond size_t are wrong too.
+// Dynamic unit arrays. A header describes units of one size, of any record type, that follow one
+// another in one of six kinds of storage. The tag in its first word says which. Units are copied as
+// bytes. Every operation first validates its headers with mbuf_valid and refuses one whose tag,
+// counts or guard words are wrong, whose unit size is 0, or whose size in bytes exceeds size_t.
 //
 //     mbuf list = {MBUF_MAGIC_HEAP, sizeof(int), 0, 0, nullptr};
 //     mbuf table = {MBUF_MAGIC_HEAP_FIXED, sizeof(int), 0, 20, nullptr};
@@ -9,8 +9,8 @@
 //                   _mbuf_init_buffer(data, sizeof(int) * 20, MBUF_MAGIC_GUARDED)};
 //     mbuf view = {MBUF_MAGIC_EXTERN, sizeof(int), 3, 20, ints};
 //
-// data having sizeof(int) * 20 + guards_size bytes, aligned for int, and ints having room for 20, 3
-// of them in use. The heap kinds get their storage on first use.
+// Here data has sizeof(int) * 20 + guards_size bytes and is aligned for int, and ints has room for
+// 20, of which 3 are in use. The heap kinds get their storage on first use.
 //
 // Units in the library's own storage are aligned for any type. In caller's guarded storage they lie
 // one guard word behind its start: see guard_lead in lib/guard.h.
@@ -39,6 +39,16 @@ inline constexpr uint32_t MBUF_MAGIC_EXTERN_LOCKED = 0x55AA5576; // ... without 
 
 // Heap storage is never made with, or grown to, this capacity or a larger one.
 inline constexpr uint32_t MBUF_MAX_CAPACITY = 0x2000000;
+
+inline constexpr storage_kind _mbuf_kinds[] = {
+    {.tag = MBUF_MAGIC_HEAP, .guarded = true, .owned = true, .grows = true},
+    {.tag = MBUF_MAGIC_HEAP_FIXED, .guarded = true, .owned = true},
+    {.tag = MBUF_MAGIC_GUARDED, .guarded = true},
+    {.tag = MBUF_MAGIC_EXTERN, .resizable = true},
+    {.tag = MBUF_MAGIC_EXTERN_DATA, .resizable = true},
+    {.tag = MBUF_MAGIC_EXTERN_LOCKED},
+};
+static_assert(positioned_by_tag(_mbuf_kinds));
 
 struct mbuf {
     uint32_t magic = 0;     // one of the tags
@@ -88,6 +98,11 @@ void *_mbuf_init_buffer(void *storage, size_t size, uint32_t tag);
 // Nothing happens to other kinds, at the limit, or without memory.
 void _mbuf_expand(mbuf *b, uint32_t need);
 
+// The kind of storage; the tag must be one of the six.
+inline const storage_kind &_mbuf_kind(const mbuf *b) {
+    return _mbuf_kinds[b->magic - MBUF_MAGIC_HEAP];
+}
+
 // Prints the header to standard output without validating; the result of the last print call.
 int _mbuf_debug_show(const mbuf *b);
 
@@ -101,7 +116,7 @@ int mbuf_insert(mbuf *to, uint32_t index, mbuf *from);
 int mbuf_write(mbuf *to, uint32_t index, mbuf *from);
 int mbuf_slice(mbuf *to, mbuf *from, uint32_t start, uint32_t end);
 
-// --- units from memory, which may lie in the array itself ---
+// --- units from memory, which may be the array's own ---
 
 // Overwrites from the index on as mbuf_write does, or appends; units.len counts units.
 int mbuf_memcpy(mbuf *b, uint32_t index, mref units);
@@ -128,8 +143,9 @@ int mbuf_compare(mbuf *a, mbuf *b);
 
 // --- single units; len of a reference counts bytes ---
 
-// The index of the first unit at or after start that matches: by compare(key.ptr, unit), where the
-// key may be shorter than a unit, or without a comparator by its bytes; -1 also for no match.
+// The index of the first unit at or after start that matches; -1 also for no match. A comparator is
+// called as compare(key.ptr, unit), and the key may be shorter than a unit. Without one, all bytes
+// of the unit are compared.
 int mbuf_find(mbuf *b, uint32_t start, mref key, mbuf_cmp_fn compare);
 
 // Copies the unit at the index out, to at least a unit's memory, or in, from exactly a unit's.
@@ -142,7 +158,9 @@ int mbuf_pop_back(mbuf *b, mref to);
 // The unit at the index, or null; good until the array grows or is destroyed.
 void *mbuf_access(mbuf *b, uint32_t index);
 
-// --- iteration; null or -1 for any pointer but a unit's or the end; behind the end is no unit ---
+// --- iteration: from mbuf_begin, by mbuf_next, until mbuf_end ---
+// mbuf_end is just past the last unit. mbuf_next and mbuf_index take a pointer to a unit, or the
+// end, and give null or -1 for any other. What mbuf_next gives for the end points to no unit.
 
 void *mbuf_begin(mbuf *b);
 void *mbuf_end(mbuf *b);

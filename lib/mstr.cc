@@ -3,25 +3,13 @@
 #include <cinttypes>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 namespace zelta {
 
 namespace {
 
-constexpr storage_kind kinds[] = {
-    {.guarded = true, .owned = true}, // HEAP
-    {.guarded = true},                // GUARDED
-    {},                               // ARRAY
-    {},                               // CSTR
-    {},                               // CONST
-};
-constexpr uint32_t kind_count = sizeof kinds / sizeof kinds[0];
-static_assert(MSTR_MAGIC_CONST - MSTR_MAGIC_HEAP + 1 == kind_count);
 static_assert(MSTR_MAX_CAPACITY - 1 <= INT32_MAX, "lengths are int results");
-
-const storage_kind &kind_of(const mstr *s) {
-    return kinds[s->magic - MSTR_MAGIC_HEAP];
-}
 
 // What lies between the guard words: the characters and their terminator.
 size_t data_size(uint32_t capacity) {
@@ -34,10 +22,10 @@ char *make_storage(uint32_t capacity) {
     return guard_alloc(data_size(capacity), MSTR_MAGIC_HEAP);
 }
 
-// Finds the terminator again after the characters were changed in place; a constant string gets its
-// length and capacity here.
+// Finds the terminator when it is not where lastlen says. A constant string gets its length and its
+// capacity here.
 int remeasure(mstr *s) {
-    bool constant = s->magic == MSTR_MAGIC_CONST;
+    const bool constant = !_mstr_kind(s).writable;
     size_t most = constant ? MSTR_MAX_CAPACITY : data_size(s->capacity);
     s->lastlen = 0;
     size_t length = strnlen(s->c_str, most);
@@ -52,27 +40,25 @@ int remeasure(mstr *s) {
 } // namespace
 
 int mstr_valid(mstr *s) {
-    if (s == nullptr || s->magic - MSTR_MAGIC_HEAP >= kind_count || s->capacity < s->lastlen)
+    if (s == nullptr || s->magic - MSTR_MAGIC_HEAP >= std::size(_mstr_kinds) ||
+        s->capacity < s->lastlen)
         return -1;
     if (s->c_str == nullptr) {
-        if (!kind_of(s).owned)
+        if (!_mstr_kind(s).owned)
             return -1;
         s->c_str = make_storage(s->capacity);
         if (s->c_str == nullptr)
             return -1;
     }
-    if (kind_of(s).guarded && !guard_intact(s->c_str, data_size(s->capacity), s->magic))
+    if (_mstr_kind(s).guarded && !guard_intact(s->c_str, data_size(s->capacity), s->magic))
         return -1;
     return s->c_str[s->lastlen] == '\0' ? 0 : remeasure(s);
 }
 
 int mstr_create(mstr *s, uint32_t capacity) {
     if (s != nullptr)
-        *s = {.magic = MSTR_MAGIC_HEAP,
-              .lastlen = 0,
-              .capacity = capacity,
-              .c_str = make_storage(capacity)};
-    return mstr_valid(s);
+        *s = {MSTR_MAGIC_HEAP, 0, capacity, make_storage(capacity)};
+    return mstr_valid(s); // tries once more to make the storage that is missing
 }
 
 mstr *mstr_new(uint32_t capacity) {
@@ -86,9 +72,9 @@ mstr *mstr_new(uint32_t capacity) {
 int mstr_destroy(mstr *s) {
     if (mstr_valid(s) != 0)
         return -1;
-    if (kind_of(s).owned)
+    if (_mstr_kind(s).owned)
         guard_free(s->c_str, data_size(s->capacity));
-    else if (kind_of(s).guarded)
+    else if (_mstr_kind(s).guarded)
         guard_wipe(s->c_str, data_size(s->capacity));
     *s = {};
     return 0;
@@ -111,7 +97,7 @@ uint32_t mstr_capacity(mstr *s) {
 }
 
 int mstr_clear(mstr *s) {
-    if (mstr_valid(s) != 0 || s->magic == MSTR_MAGIC_CONST)
+    if (!_mstr_writable(s))
         return -1;
     memset(s->c_str, 0, s->capacity);
     s->lastlen = 0;
@@ -127,8 +113,13 @@ char *_mstr_init_buffer(char *buffer, size_t size) {
     return buffer;
 }
 
+mstr mstr_guarded(void *storage, uint32_t capacity) {
+    return {MSTR_MAGIC_GUARDED, 0, capacity,
+            _mstr_init_data(storage, capacity, MSTR_MAGIC_GUARDED)};
+}
+
 void _mstr_expand(mstr *s, uint32_t need) {
-    if (s->magic != MSTR_MAGIC_HEAP || s->capacity >= need)
+    if (!_mstr_kind(s).grows || s->capacity >= need)
         return;
     uint32_t capacity = grown_capacity(s->capacity, need, MSTR_MAX_CAPACITY);
     if (capacity == 0)
@@ -136,7 +127,7 @@ void _mstr_expand(mstr *s, uint32_t need) {
     char *grown = guard_grow(s->c_str, data_size(s->capacity), data_size(capacity), s->magic);
     if (grown == nullptr)
         return;
-    grown[s->capacity] = '\0'; // what stood behind the room for characters is none of them
+    grown[s->capacity] = '\0'; // the old terminator's place; any byte may stand there
     s->capacity = capacity;
     s->c_str = grown;
 }

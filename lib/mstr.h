@@ -1,16 +1,13 @@
 // Dynamic strings. A header describes a NUL-terminated character buffer in one of five kinds of
-// storage, told apart by the tag in its first word. Headers are ordinary variables of their users,
+// storage. The tag in its first word says which. Headers are ordinary variables of their users,
 // initialised in place (forms below) or by mstr_create. Every operation first validates its headers
 // with mstr_valid and refuses one whose tag, counts or guard words are wrong.
 //
-//     mstr line = {MSTR_MAGIC_HEAP, 0, 0, nullptr};
-//     mstr id = {MSTR_MAGIC_GUARDED, 0, 256, _mstr_init_data(data, 256, MSTR_MAGIC_GUARDED)};
-//     mstr path = {MSTR_MAGIC_ARRAY, 0, 31, _mstr_init_buffer(array, 32)};
-//     mstr text = {MSTR_MAGIC_CSTR, 0, length, _mstr_init_buffer(p, length + 1)};
+//     mstr line = {MSTR_MAGIC_HEAP, 0, 0, nullptr}; // gets its storage on first use
+//     mstr id = mstr_guarded(data, 256);            // data has mstr_storage(256) bytes
+//     mstr path = mstr_array(array);                // a char array of any size
+//     mstr text = {MSTR_MAGIC_CSTR, 0, length, _mstr_init_buffer(p, length + 1)}; // strlen(p)
 //     mstr word = {MSTR_MAGIC_CONST, 0, 0, const_cast<char *>("literal")};
-//
-// data having mstr_storage(256) bytes, array 32, and p being a writable text of this length. A heap
-// string gets its storage on first use.
 //
 // Only heap strings grow; on the others an operation whose result does not fit fails and leaves the
 // string as it was, except mstr_sprintf and mstr_getdelim, which fill the room there is. Results
@@ -36,9 +33,18 @@ inline constexpr uint32_t MSTR_MAGIC_CONST = 0x5AA55A75;   // constant string: r
 // Heap storage is never made with, or grown to, this capacity or a larger one.
 inline constexpr uint32_t MSTR_MAX_CAPACITY = 0x200000;
 
+inline constexpr storage_kind _mstr_kinds[] = {
+    {.tag = MSTR_MAGIC_HEAP, .guarded = true, .owned = true, .grows = true},
+    {.tag = MSTR_MAGIC_GUARDED, .guarded = true},
+    {.tag = MSTR_MAGIC_ARRAY},
+    {.tag = MSTR_MAGIC_CSTR},
+    {.tag = MSTR_MAGIC_CONST, .writable = false}, // its capacity is its length
+};
+static_assert(positioned_by_tag(_mstr_kinds));
+
 struct mstr {
-    uint32_t magic = 0;   // one of the tags
-    uint32_t lastlen = 0; // length when last measured, a cache: never to be relied on as the length
+    uint32_t magic = 0;    // one of the tags
+    uint32_t lastlen = 0;  // length when last measured; after a change through c_str it may differ
     uint32_t capacity = 0; // characters the storage holds, terminator not counted
     char *c_str = nullptr; // the characters, NUL-terminated
 };
@@ -50,8 +56,8 @@ constexpr size_t mstr_storage(uint32_t capacity) {
 
 // --- representation and life ---
 
-// 0 for a valid header. Makes the storage of a heap string that has none yet, measures a string
-// whose characters were changed in place, and a constant one on first use.
+// 0 for a valid header. Makes the storage of a heap string that has none yet. Measures a constant
+// string, and a string that was made longer in place.
 int mstr_valid(mstr *s);
 
 // Makes s an empty heap string of the given capacity; s owns its storage until mstr_destroy.
@@ -83,6 +89,14 @@ char *_mstr_init_data(void *storage, uint32_t capacity, uint32_t tag);
 // Terminates a caller's array of size bytes at its last byte and returns it.
 char *_mstr_init_buffer(char *buffer, size_t size);
 
+// Headers for caller's memory: an empty string in a block of mstr_storage(capacity) bytes, and the
+// text of a whole array.
+mstr mstr_guarded(void *storage, uint32_t capacity);
+template <size_t Size>
+mstr mstr_array(char (&array)[Size]) {
+    return {MSTR_MAGIC_ARRAY, 0, Size - 1, _mstr_init_buffer(array, Size)};
+}
+
 // Grows a heap string to hold at least need characters. Reports nothing: the capacity afterwards
 // tells. Nothing happens to other kinds, at the limit, or without memory.
 void _mstr_expand(mstr *s, uint32_t need);
@@ -90,14 +104,32 @@ void _mstr_expand(mstr *s, uint32_t need);
 // Measures a valid string, refreshes lastlen, and returns the length.
 uint32_t _mstr_measure(mstr *s);
 
+// The kind of storage; the tag must be one of the five.
+inline const storage_kind &_mstr_kind(const mstr *s) {
+    return _mstr_kinds[s->magic - MSTR_MAGIC_HEAP];
+}
+
+// True for a valid string that may be changed.
+inline bool _mstr_writable(mstr *s) {
+    return mstr_valid(s) == 0 && _mstr_kind(s).writable;
+}
+
+// Grows the string when it needs that; true when it then holds need characters.
+inline bool _mstr_room(mstr *s, uint64_t need) {
+    if (need > UINT32_MAX)
+        return false;
+    _mstr_expand(s, static_cast<uint32_t>(need));
+    return s->capacity >= need;
+}
+
 // Prints the header and its text to standard output without validating; the result of the last
 // print call.
 int _mstr_debug_show(const mstr *s);
 
 // --- copying and editing; positions and lengths are characters, ranges are [start, end) ---
-// The same header in two positions is refused. A NUL-terminated text must not be null and must not
-// lie in the storage of the string that is written; nor may a source string wrap a heap
-// destination's characters.
+// The same header in two positions is refused. So is a NUL-terminated text that is null, or that
+// lies in the storage of the string that is written. A source string must not wrap the characters
+// of a heap destination: growing would free them.
 
 int mstr_assign(mstr *to, mstr *from);
 int mstr_append(mstr *to, mstr *from);
@@ -113,9 +145,9 @@ int mstr_trim(mstr *s, uint32_t left, uint32_t right);
 // Removes white space (isspace) on the sides whose flag is set; the number of characters removed.
 int mstr_strip(mstr *s, bool left, bool right);
 
-// Replaces old_text by new_text from left to right, never inside what was just inserted, at most
-// max_count times (0: no limit); the number of replacements. A failure part-way keeps those made so
-// far, and when an insertion failed, its match is gone.
+// Replaces old_text by new_text from left to right, at most max_count times (0: no limit). Inserted
+// text is not searched again. The number of replacements. A failure part-way keeps those made so
+// far; when an insertion failed, the text that it should replace is gone.
 int mstr_replace(mstr *s, mstr *old_text, mstr *new_text, uint32_t max_count);
 
 // Room for a capacity, or for extra characters behind the text; heap strings only.
@@ -146,12 +178,14 @@ char *mstr_get(mstr *s);
 
 // --- formatting and reading ---
 
-// Formats as printf(3) does. The length of the whole text: above the capacity, the text was cut to
-// that. -1 for what cannot be formatted at all, and the text stays as it was.
+// Formats as printf(3) does. The length of the whole text; when it is above the capacity, the text
+// was cut to that. -1, and the text stays as it was, for what cannot be formatted and for a format
+// in the string's own storage. An argument in that storage is not noticed and must not be given:
+// growing frees it while it is still read.
 [[gnu::format(printf, 2, 3)]] int mstr_sprintf(mstr *to, const char *format, ...);
 
-// Reads up to and including the delimiter, any other bytes being data: 0 for a whole record, 1 when
-// the room ran out before it, 2 at the end of the file, -1 for a bad argument or a read error. The
+// Reads up to and including the delimiter; zero bytes are data too. 0 for a whole record, 1 when the
+// room ran out first, 2 when the file ended first, -1 for a bad argument or a read error. The
 // string keeps what was read.
 int mstr_getdelim(mstr *to, FILE *stream, char delimiter);
 int mstr_getline(mstr *to, FILE *stream);

@@ -8,14 +8,9 @@ namespace zelta {
 
 namespace {
 
-bool writable(mstr *s) {
-    return mstr_valid(s) == 0 && s->magic != MSTR_MAGIC_CONST;
-}
-
 // The common check of an operation that writes one string from another.
 bool copyable(mstr *to, mstr *from) {
-    return to != from && mstr_valid(to) == 0 && mstr_valid(from) == 0 &&
-           to->magic != MSTR_MAGIC_CONST;
+    return to != from && _mstr_writable(to) && mstr_valid(from) == 0;
 }
 
 // True for a text in the storage of s, where growing would free it before it is copied.
@@ -24,20 +19,12 @@ bool lies_inside(const mstr *s, const char *text) {
     return reinterpret_cast<uintptr_t>(text) - begin <= s->capacity;
 }
 
-bool room_for(mstr *s, uint64_t need) {
-    if (need > UINT32_MAX)
-        return false;
-    _mstr_expand(s, static_cast<uint32_t>(need));
-    return s->capacity >= need;
-}
-
 // The one edit: replaces the characters [start, end) of a writable string of the given length by
-// count bytes of text. Whoever replaces everything passes length 0 and saves measuring the old
-// text.
+// count bytes of text. To replace the whole text, pass length 0: nobody then measures the old one.
 int splice(mstr *s, uint32_t length, uint32_t start, uint32_t end, const char *text,
            uint32_t count) {
     uint64_t need = uint64_t{length} - (end - start) + count;
-    if (!room_for(s, need))
+    if (!_mstr_room(s, need))
         return -1;
     char *at = s->c_str + start;
     if (length > end)
@@ -57,7 +44,7 @@ int64_t search(const mstr *s, uint32_t length, uint32_t start, const mstr *needl
     return match == nullptr ? -1 : static_cast<const char *>(match) - s->c_str;
 }
 
-// The same, measuring both first. A single character is found on the way to the end of s.
+// The same, but measures both first. A needle of one character is found while s is measured.
 int64_t measure_and_search(mstr *s, uint32_t start, mstr *needle) {
     const uint32_t count = _mstr_measure(needle);
     if (count != 1)
@@ -107,20 +94,20 @@ int mstr_slice(mstr *to, mstr *from, uint32_t start, uint32_t end) {
 }
 
 int mstr_strcpy(mstr *to, const char *text) {
-    if (!writable(to) || text == nullptr || lies_inside(to, text))
+    if (!_mstr_writable(to) || text == nullptr || lies_inside(to, text))
         return -1;
     return splice(to, 0, 0, 0, text, text_length(text));
 }
 
 int mstr_strcat(mstr *to, const char *text) {
-    if (!writable(to) || text == nullptr || lies_inside(to, text))
+    if (!_mstr_writable(to) || text == nullptr || lies_inside(to, text))
         return -1;
     uint32_t length = _mstr_measure(to);
     return splice(to, length, length, length, text, text_length(text));
 }
 
 int mstr_erase(mstr *s, uint32_t start, uint32_t end) {
-    if (!writable(s))
+    if (!_mstr_writable(s))
         return -1;
     uint32_t length = _mstr_measure(s);
     if (end > length || start > end)
@@ -129,7 +116,7 @@ int mstr_erase(mstr *s, uint32_t start, uint32_t end) {
 }
 
 int mstr_trim(mstr *s, uint32_t left, uint32_t right) {
-    if (!writable(s))
+    if (!_mstr_writable(s))
         return -1;
     uint32_t length = _mstr_measure(s);
     if (uint64_t{left} + right > length)
@@ -138,7 +125,7 @@ int mstr_trim(mstr *s, uint32_t left, uint32_t right) {
 }
 
 int mstr_strip(mstr *s, bool left, bool right) {
-    if (!writable(s))
+    if (!_mstr_writable(s))
         return -1;
     uint32_t before = _mstr_measure(s), start = 0, end = before;
     while (left && start < end && space(s->c_str[start]))
@@ -150,7 +137,7 @@ int mstr_strip(mstr *s, bool left, bool right) {
 }
 
 int mstr_replace(mstr *s, mstr *old_text, mstr *new_text, uint32_t max_count) {
-    if (s == old_text || s == new_text || old_text == new_text || !writable(s) ||
+    if (s == old_text || s == new_text || old_text == new_text || !_mstr_writable(s) ||
         mstr_valid(old_text) != 0 || mstr_valid(new_text) != 0)
         return -1;
     uint32_t old_length = _mstr_measure(old_text), new_length = _mstr_measure(new_text);
@@ -168,15 +155,15 @@ int mstr_replace(mstr *s, mstr *old_text, mstr *new_text, uint32_t max_count) {
 }
 
 int mstr_reserve(mstr *s, uint32_t capacity) {
-    if (mstr_valid(s) != 0 || s->magic != MSTR_MAGIC_HEAP)
+    if (mstr_valid(s) != 0 || !_mstr_kind(s).grows)
         return -1;
-    return room_for(s, capacity) ? 0 : -1;
+    return _mstr_room(s, capacity) ? 0 : -1;
 }
 
 int mstr_extend(mstr *s, uint32_t extra) {
-    if (mstr_valid(s) != 0 || s->magic != MSTR_MAGIC_HEAP)
+    if (mstr_valid(s) != 0 || !_mstr_kind(s).grows)
         return -1;
-    return room_for(s, uint64_t{_mstr_measure(s)} + extra) ? 0 : -1;
+    return _mstr_room(s, uint64_t{_mstr_measure(s)} + extra) ? 0 : -1;
 }
 
 int mstr_find(mstr *s, uint32_t start, mstr *needle) {
@@ -204,8 +191,8 @@ int mstr_count(mstr *s, mstr *needle) {
 }
 
 int mstr_partition(mstr *head, mstr *source, mstr *separator) {
-    if (head == source || head == separator || source == separator || !writable(head) ||
-        !writable(source) || mstr_valid(separator) != 0)
+    if (head == source || head == separator || source == separator || !_mstr_writable(head) ||
+        !_mstr_writable(source) || mstr_valid(separator) != 0)
         return -1;
     int64_t at = measure_and_search(source, 0, separator);
     uint32_t length = source->lastlen, width = separator->lastlen;
@@ -218,7 +205,7 @@ int mstr_partition(mstr *head, mstr *source, mstr *separator) {
 }
 
 int mstr_partition_cstr(mstr *head, mstr *source, const char *separator) {
-    if (!writable(head) || !writable(source) || lies_inside(head, separator) ||
+    if (!_mstr_writable(head) || !_mstr_writable(source) || lies_inside(head, separator) ||
         lies_inside(source, separator))
         return -1;
     mstr temporary = {.magic = MSTR_MAGIC_HEAP};
@@ -231,7 +218,7 @@ int mstr_partition_cstr(mstr *head, mstr *source, const char *separator) {
 int mstr_compare(mstr *a, mstr *b) {
     if (a == b || mstr_valid(a) != 0 || mstr_valid(b) != 0)
         return -2;
-    // Some C libraries return the difference of two bytes, which could be the -2 of a failure.
+    // Some C libraries return the difference of two bytes: that could be -2, which means a failure.
     int order = strcmp(a->c_str, b->c_str);
     return (order > 0) - (order < 0);
 }
@@ -241,16 +228,16 @@ char *mstr_get(mstr *s) {
 }
 
 int mstr_sprintf(mstr *to, const char *format, ...) {
-    if (!writable(to))
+    if (!_mstr_writable(to) || lies_inside(to, format))
         return -1;
-    char aside[256]; // what cannot be formatted must not reach the string
+    char aside[256]; // formatted here first, because a failure must leave the string as it was
     va_list arguments, again;
     va_start(arguments, format);
     va_copy(again, arguments);
     int length = vsnprintf(aside, sizeof aside, format, arguments);
     if (length >= 0) {
         const uint32_t whole = static_cast<uint32_t>(length);
-        to->lastlen = whole <= to->capacity || room_for(to, whole) ? whole : to->capacity;
+        to->lastlen = whole <= to->capacity || _mstr_room(to, whole) ? whole : to->capacity;
         if (whole < sizeof aside)
             memcpy(to->c_str, aside, to->lastlen);
         else
@@ -260,68 +247,6 @@ int mstr_sprintf(mstr *to, const char *format, ...) {
     va_end(again);
     va_end(arguments);
     return length < 0 ? -1 : length;
-}
-
-namespace {
-
-// fgets at most so many bytes at once: what it gets is filled first.
-constexpr uint32_t piece_room = 4096;
-
-// Reads up to and including the next line end, or as much as there is room for. Because fgets does
-// not tell how much it read, and zero bytes are data, the room is filled with line ends before. The
-// stream is without an error before, so that one after it says that the line is not whole.
-uint32_t read_line(char *at, uint32_t room, FILE *stream) {
-    memset(at, '\n', room);
-    const bool read = fgets_unlocked(at, static_cast<int>(room) + 1, stream) != nullptr;
-    const void *end = memchr(at, '\n', room);
-    uint32_t count =
-        end == nullptr ? room : static_cast<uint32_t>(static_cast<const char *>(end) - at);
-    if (read && (feof_unlocked(stream) != 0 || ferror_unlocked(stream) != 0))
-        count--; // the terminator
-    else if (read && end != nullptr)
-        count++; // the line end
-    return count;
-}
-
-// The same for any delimiter, byte by byte.
-uint32_t read_bytes(char *at, uint32_t room, FILE *stream, char delimiter) {
-    uint32_t count = 0;
-    for (int c; count < room && (c = getc_unlocked(stream)) != EOF;) {
-        at[count++] = static_cast<char>(c);
-        if (at[count - 1] == delimiter)
-            break;
-    }
-    return count;
-}
-
-} // namespace
-
-int mstr_getdelim(mstr *to, FILE *stream, char delimiter) {
-    if (stream == nullptr)
-        mstr_clear(to);
-    if (stream == nullptr || !writable(to))
-        return -1;
-    int result = 1;
-    to->lastlen = 0;
-    while (result == 1 && (to->lastlen < to->capacity || room_for(to, to->lastlen + uint64_t{1}))) {
-        uint32_t left = to->capacity - to->lastlen, room = left < piece_room ? left : piece_room;
-        char *at = to->c_str + to->lastlen;
-        uint32_t count = delimiter == '\n' && ferror_unlocked(stream) == 0
-                             ? read_line(at, room, stream)
-                             : read_bytes(at, room, stream, delimiter);
-        to->lastlen += count;
-        if (count > 0 && at[count - 1] == delimiter)
-            result = 0;
-        else if (count < room)
-            result = feof(stream) != 0 ? 2 : -1;
-    }
-    memset(to->c_str + to->lastlen, 0, to->capacity - to->lastlen);
-    to->c_str[to->lastlen] = '\0';
-    return result;
-}
-
-int mstr_getline(mstr *to, FILE *stream) {
-    return mstr_getdelim(to, stream, '\n');
 }
 
 } // namespace zelta

@@ -4,8 +4,8 @@
 
 namespace zelta {
 
-// perror(3) for the errno of now, after the lines that standard output still holds: where both go
-// to one place, they arrive in the order in which they came about.
+// perror(3) with the current errno, after a flush of standard output: where both streams go to one
+// place, their lines keep the order in which they were printed.
 void report_error(const char *text);
 
 } // namespace zelta

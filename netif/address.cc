@@ -1,6 +1,6 @@
 #include "netif/address.h"
 
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 #include "netif/run_and_wait.h"
 #include "process/privilege.h"
 #include "settings/ip_settings.h"

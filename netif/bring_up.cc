@@ -4,8 +4,8 @@
 
 #include <unistd.h>
 
-#include "app/exit_status.h"
 #include "firewall/iptables.h"
+#include "lib/exit_status.h"
 #include "netif/address.h"
 #include "netif/dhclient.h"
 #include "netif/links.h"
@@ -18,7 +18,8 @@ namespace zelta {
 
 namespace {
 
-// The client's process-id file does not say which interface it serves; on ppp0 there never is one.
+// A running client counts for every link, because its process-id file does not name the interface
+// that it serves. Only ppp0 has no use for a client: its addresses come from the PPP daemon.
 bool dhcp_client_runs(const char *interface) {
     const net_link *link = find_link(interface);
     return link != nullptr && link->daemon != link_daemon::pppd && access(dhclient_pid, R_OK) == 0;
@@ -43,24 +44,17 @@ int finish_with_address(const net_link &link) {
     return result;
 }
 
-// The supplicant may run already, so that starting it again fails: the link can work all the same.
+// The result of the supplicant's start is not looked at: a supplicant that runs already makes the
+// start fail, and serves the link all the same.
 int finish_with_supplicant(const net_link &link) {
-    puts("Parsing WLAN config file");
-    int result = parse_config_file(link.own_file, if_config);
-    if (result != exit_ok)
-        return result;
     start_wpa_supplicant();
     return finish_with_address(link);
 }
 
 // In automatic mode the daemon itself sets address, route and name servers.
 int finish_with_pppd(const net_link &link) {
-    puts("Parsing GPRS config file");
-    int result = parse_config_file(link.own_file, if_config);
-    if (result != exit_ok)
-        return result;
     puts("Validate GPRS config file");
-    result = val_gprs_config_file(if_config);
+    int result = val_gprs_config_file(if_config);
     if (result != exit_ok)
         return result;
     result = start_pppd();
@@ -77,17 +71,21 @@ int finish_with_pppd(const net_link &link) {
 int bring_up(link_index index, const char *settings_name) {
     const net_link &link = net_links[index];
     int result = load_settings(settings_name, link.own_file, link.parse_line);
+    if (result == exit_ok && link.own_file != nullptr) {
+        puts(link.own_parse_line);
+        result = parse_config_file(link.own_file, if_config);
+    }
     if (result != exit_ok)
         return result;
     switch (link.daemon) {
-    case link_daemon::none:
-        return finish_with_address(link);
     case link_daemon::supplicant:
         return finish_with_supplicant(link);
     case link_daemon::pppd:
         return finish_with_pppd(link);
+    case link_daemon::none:
+        break;
     }
-    __builtin_unreachable();
+    return finish_with_address(link);
 }
 
 } // namespace

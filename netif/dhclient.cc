@@ -3,11 +3,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string_view>
 
 #include <unistd.h>
 
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 #include "lib/mstr.h"
 #include "netif/links.h"
 #include "netif/output_file.h"
@@ -20,29 +19,20 @@ namespace zelta {
 namespace {
 
 // True when every byte went out.
-bool write_conf(std::string_view argument, std::string_view host_name) {
-    FILE *file = open_output_file("/etc/dhclient.conf", false);
+bool write_conf(const char *argument, const char *host_name) {
+    FILE *file = open_output_file("/etc/dhclient.conf", 0666);
     if (file == nullptr)
         return false;
-    const std::string_view pieces[] = {
-        "interface \"",
-        argument,
-        "\" {\n",
-        "\tsend host-name \"",
-        host_name,
-        "\";\n",
-        "\trequest subnet-mask, broadcast-address, time-offset, routers,\n",
-        "\t\tdomain-name, domain-name-servers, host-name;\n",
-        "\trequire subnet-mask, domain-name-servers;\n",
-        "}\n",
-    };
-    size_t written = 0, wanted = 0;
-    for (std::string_view piece : pieces) {
-        written += fwrite(piece.data(), 1, piece.size(), file);
-        wanted += piece.size();
-    }
+    const int written = fprintf(file,
+                                "interface \"%s\" {\n"
+                                "\tsend host-name \"%s\";\n"
+                                "\trequest subnet-mask, broadcast-address, time-offset, routers,\n"
+                                "\t\tdomain-name, domain-name-servers, host-name;\n"
+                                "\trequire subnet-mask, domain-name-servers;\n"
+                                "}\n",
+                                argument, host_name);
     fclose(file);
-    return written == wanted;
+    return written >= 0;
 }
 
 } // namespace
@@ -73,20 +63,19 @@ bool command_line_path(FILE *pid_file, mstr *path) {
     char *line = nullptr;
     size_t room = 0;
     ssize_t length = getline(&line, &room, pid_file);
-    const char *complaint = nullptr;
+    bool formatted = false;
     if (length <= 0) {
-        complaint = "Internal error - /var/run/dhclient.pid is empty.";
+        puts("Internal error - /var/run/dhclient.pid is empty.");
     } else {
         line[length - 1] = '\0';
-        if (strlen(line) > 5)
-            complaint = "Internal error - /var/run/dhclient.pid badly formatted.";
-        else
+        formatted = strlen(line) <= 5;
+        if (formatted)
             mstr_sprintf(path, "/proc/%s/cmdline", line);
+        else
+            puts("Internal error - /var/run/dhclient.pid badly formatted.");
     }
     free(line);
-    if (complaint != nullptr)
-        puts(complaint);
-    return complaint == nullptr;
+    return formatted;
 }
 
 // The interface among the arguments of a command line, the last one that is there; null for none.
@@ -129,16 +118,13 @@ bool run_client(const char *announcement, const char *argument) {
     return false;
 }
 
-// The restart from the opened process-id file on, which it closes. Where it fails, the caller stops
-// the client.
+// The restart from the opened process-id file on. Where it fails, the caller stops the client.
 bool restart_client(FILE *pid_file) {
     char path_array[32] = {};
-    mstr path = {.magic = MSTR_MAGIC_ARRAY,
-                 .capacity = sizeof path_array - 1,
-                 .c_str = _mstr_init_buffer(path_array, sizeof path_array)};
-    bool known = command_line_path(pid_file, &path);
-    fclose(pid_file);
-    const char *interface = known ? served_interface(mstr_get(&path)) : nullptr;
+    mstr path = mstr_array(path_array);
+    if (!command_line_path(pid_file, &path))
+        return false;
+    const char *interface = served_interface(mstr_get(&path));
     if (interface == nullptr || !run_client("Stopping the dhcp client: ", "-r"))
         return false;
     stop_dhclient();
@@ -157,7 +143,9 @@ int restart_dhclient(int, char *[]) {
         puts("Internal error - couldn't open /var/run/dhclient.pid.");
         return exit_failed;
     }
-    if (restart_client(pid_file))
+    const bool restarted = restart_client(pid_file);
+    fclose(pid_file);
+    if (restarted)
         return exit_ok;
     stop_dhclient();
     return exit_failed;

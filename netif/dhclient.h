@@ -5,18 +5,19 @@
 namespace zelta {
 
 // Becomes root, writes /etc/dhclient.conf (dhclient.conf(5)) anew and runs the client with the one
-// argument: an interface name, or "-r" to release the lease, which then stands in the file too. 0;
-// exit_failed, without a message, when the host name cannot be read or the file not be written
-// whole, and then no client is run; else what run_for_status gives.
+// argument: an interface name, or "-r" to release the lease; the file names the argument as its
+// interface in both cases. 0 for success; exit_failed, without a message and without running the
+// client, when the host name cannot be read or the file cannot be written whole; else what
+// run_for_status gives.
 unsigned exec_dhclient(const char *argument);
 
-// Interrupts every running client and removes its process-id file. exit_ok, or exit_failed, after
-// its line, and the file stays, when kill_proc fails.
+// Interrupts every running client and removes the process-id file. exit_ok. When kill_proc fails:
+// prints its line, leaves the file, and returns exit_failed.
 int stop_dhclient();
 
 // Command handler: releases the lease of the running client, stops it and starts one for the same
-// interface. exit_ok, else exit_failed after a line that says why; from the reading of the
-// process-id file on, a failure stops the client.
+// interface. exit_ok, else exit_failed after a line that says why. Once the process-id file has
+// been opened, a failure stops the client too.
 int restart_dhclient(int argc, char *argv[]);
 
 } // namespace zelta

@@ -4,12 +4,15 @@
 
 #include <cstdio>
 
+#include <sys/types.h>
+
 namespace zelta {
 
-// Creates or empties a file for writing. No child inherits it, and it is unbuffered, so that on a
-// full disk each write says what became of it. Null when it cannot be opened, with errno. With
-// secret, nobody but its owner may read it: it is made so, and an existing file loses the group's
-// and the others' rights, before its first byte is written.
-FILE *open_output_file(const char *path, bool secret);
+// Creates or empties a file for writing. No program inherits it, and it is unbuffered, so that on a
+// full disk each write says what became of it. Null when it cannot be opened, with errno. mode is
+// that of a new file, less the umask. With a mode that gives others nothing (0600), the file, new
+// or not, belongs to root and is closed to everybody else before its first byte is written; one
+// that cannot be made so is not opened.
+FILE *open_output_file(const char *path, mode_t mode);
 
 } // namespace zelta

@@ -1,4 +1,4 @@
-// Files that several operations on links share.
+// Paths that more than one file uses.
 
 #pragma once
 
@@ -7,12 +7,8 @@
 
 namespace zelta {
 
-inline constexpr char wlan_config[] = SETTINGS_DIR "wlan-config"; // the supplicant's own format
-inline constexpr char gprs_config[] = SETTINGS_DIR "gprs-config";
-
-// A daemon counts as running while its file is readable by the real ids of that moment (access(2)).
+// The DHCP client counts as running while this is readable for the real ids (access(2)), which are
+// the caller's until become_root.
 inline constexpr char dhclient_pid[] = "/var/run/dhclient.pid";
-inline constexpr char ppp0_pid[] = "/var/run/ppp0.pid";
-inline constexpr char supplicant_socket[] = "/var/run/wpa_supplicant/wlan0";
 
 } // namespace zelta

@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 #include "lib/report_error.h"
 #include "netif/output_file.h"
 #include "netif/paths.h"
@@ -30,29 +30,25 @@ static_assert(std::size(secrets_paths) == secrets_kinds);
 // Automatic mode takes the default route and the name servers from the peer. What the writes return
 // is not looked at: the daemon judges the file.
 int write_options() {
-    FILE *file = open_output_file(options_path, false);
+    FILE *file = open_output_file(options_path, 0666);
     if (file == nullptr) {
         report_error("Open failed");
         return exit_no_file;
     }
     const bool automatic = in_config.ip_mode == ip_mode_auto;
-    fprintf(file, "%s\n", in_config.device);
-    fputs("115200\n", file);
-    if (automatic)
-        fputs("defaultroute\n", file);
+    fprintf(file, "%s\n115200\n%s", in_config.device, automatic ? "defaultroute\n" : "");
     if (in_config.user != nullptr)
         fprintf(file, "user \"%s\"\n", in_config.user);
     fprintf(file, "connect \"/sbin/chat -v -f " SETTINGS_DIR "%s\"\n", in_config.connect);
-    fprintf(file, "disconnect \"/sbin/chat -v -f " SETTINGS_DIR "%s\"\n", in_config.disconnect);
-    if (automatic)
-        fputs("usepeerdns\n", file);
+    fprintf(file, "disconnect \"/sbin/chat -v -f " SETTINGS_DIR "%s\"\n%s", in_config.disconnect,
+            automatic ? "usepeerdns\n" : "");
     fclose(file);
     return exit_ok;
 }
 
 // Client, any server, secret, any address; without a user, any client.
 int write_secrets() {
-    FILE *file = open_output_file(secrets_paths[in_config.secrets_type], true);
+    FILE *file = open_output_file(secrets_paths[in_config.secrets_type], 0600);
     if (file == nullptr) {
         report_error("Open failed");
         return exit_no_file;
@@ -96,7 +92,7 @@ int start_pppd() {
 }
 
 int stop_pppd() {
-    if (access(ppp0_pid, R_OK) != 0)
+    if (access("/var/run/ppp0.pid", R_OK) != 0)
         return exit_ok;
     if (kill_proc("pppd") != exit_ok) {
         printf("Failed to stop PPP daemon.");

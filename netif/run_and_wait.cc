@@ -2,20 +2,16 @@
 
 #include <cstdio>
 
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 #include "process/child.h"
 
 namespace zelta {
 
 run_result run_and_wait(const char *path, const char *const argv[]) {
-    pid_t pid = child_fork();
+    pid_t pid = child_start(path, argv, exec_failed_aloud);
     if (pid < 0) {
         puts("fork fail");
         return {.ran = false, .status = exit_failed};
-    }
-    if (pid == 0) {
-        child_exec(path, argv);
-        child_end(exec_failed_line, exit_failed);
     }
     int status;
     if (!child_wait(pid, &status)) {

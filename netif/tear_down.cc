@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "app/exit_status.h"
 #include "firewall/iptables.h"
+#include "lib/exit_status.h"
 #include "netif/address.h"
 #include "netif/dhclient.h"
 #include "netif/links.h"
@@ -36,8 +36,8 @@ void stop_daemon(const net_link &link, int *result) {
     }
 }
 
-// Undoes what bring-up did for the mode. Stopping the client has its own message and decides
-// nothing.
+// Undoes what bring-up did for the mode. stop_dhclient has its own message, and its result does not
+// count.
 void clear_mode(const net_link &link, int *result) {
     if (in_config.ip_mode == ip_mode_auto) {
         puts("Clearing Auto IP config setting");
@@ -63,8 +63,8 @@ int tear_down(link_index index, const char *settings_name) {
     note_failure(flush_iptables("INPUT") != 0, "Failed to flush IP table rules for input chain.",
                  &result);
     zelta_net_init(); // its result decides nothing
-    // The daemon set route and address itself in automatic mode, and took them along; in manual
-    // mode they must not go before the daemon has.
+    // In automatic mode the PPP daemon set the address and the route, and took them away when it
+    // ended. In manual mode the tool set them, and takes them away after the daemon.
     if (by_pppd && in_config.ip_mode == ip_mode_auto)
         return result;
     if (by_pppd)

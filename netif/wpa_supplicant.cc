@@ -4,7 +4,7 @@
 
 #include <unistd.h>
 
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 #include "netif/paths.h"
 #include "netif/run_and_wait.h"
 #include "process/privilege.h"
@@ -14,18 +14,24 @@ namespace zelta {
 
 namespace {
 
+constexpr char supplicant_path[] = "/usr/sbin/wpa_supplicant";
 constexpr char configuration[] = "-c" SETTINGS_DIR "wlan-config";
 
 } // namespace
 
 bool supplicant_runs() {
-    return access(supplicant_socket, R_OK) == 0;
+    return access("/var/run/wpa_supplicant/wlan0", R_OK) == 0;
 }
 
 unsigned start_wpa_supplicant() {
     become_root();
     const char *const argv[] = {"wpa_supplicant", "-iwlan0", configuration, "-B", nullptr};
-    return run_for_status("/usr/sbin/wpa_supplicant", argv);
+    return run_for_status(supplicant_path, argv);
+}
+
+int start_scan_supplicant() {
+    return zelta_system(supplicant_path, "wpa_supplicant", "-iwlan0", "-C",
+                        "/var/run/wpa_supplicant", "-B", nullptr);
 }
 
 int stop_wpa_supplicant() {

@@ -15,14 +15,25 @@ pid_t child_fork() {
 }
 
 void child_exec(const char *path, const char *const argv[]) {
-    restore_signals();
+    prepare_child();
     execv(path, const_cast<char *const *>(argv));
-    ignore_broken_pipe(); // what is left to say and the exit status need no reader
+    // The child still has a line to write: a closed pipe must not change its exit status.
+    ignore_broken_pipe();
 }
 
-void child_end(std::string_view text, int status) {
-    [[maybe_unused]] ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
-    _exit(status);
+void child_end(const child_ending &ending) {
+    const std::string_view line = ending.line;
+    [[maybe_unused]] ssize_t n = line.empty() ? 0 : write(STDOUT_FILENO, line.data(), line.size());
+    _exit(ending.status);
+}
+
+pid_t child_start(const char *path, const char *const argv[], const child_ending &ending) {
+    pid_t pid = child_fork();
+    if (pid == 0) {
+        child_exec(path, argv);
+        child_end(ending);
+    }
+    return pid;
 }
 
 bool child_wait(pid_t pid, int *status) {

@@ -1,6 +1,7 @@
 #include "process/inherited.h"
 
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <initializer_list>
 
@@ -8,6 +9,9 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <poll.h>
+#include <sched.h>
+#include <sys/personality.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -18,47 +22,80 @@ namespace zelta {
 
 namespace {
 
-// Signals that the tool ignores and its caller did not. An executed program starts with each signal
-// either ignored or default, so default is what restoring one means.
-sigset_t ignored_here;
+bool caller_distrusted;
+
+// Signals to be default again in children, one bit each: those that the tool ignores, unless a
+// trusted caller ignored them too. No real-time signal is among them.
+uint32_t ignored_here;
+constexpr int first_real_time_signal = 32;
 
 void ignore_here(int number) {
     if (signal(number, SIG_IGN) == SIG_DFL)
-        sigaddset(&ignored_here, number);
+        ignored_here |= 1U << number;
 }
 
 struct limit_row {
     int resource;
-    rlimit limit;
+    rlim_t soft, hard;
 };
-
-constexpr rlimit unlimited = {.rlim_cur = RLIM_INFINITY, .rlim_max = RLIM_INFINITY};
 
 constexpr limit_row limits[] = {
-    {.resource = RLIMIT_FSIZE, .limit = unlimited},
-    {.resource = RLIMIT_AS, .limit = unlimited},
-    {.resource = RLIMIT_DATA, .limit = unlimited},
-    {.resource = RLIMIT_CPU, .limit = unlimited},
-    {.resource = RLIMIT_RSS, .limit = unlimited},
-    {.resource = RLIMIT_STACK, .limit = {.rlim_cur = 8U << 20, .rlim_max = RLIM_INFINITY}},
-    {.resource = RLIMIT_NOFILE, .limit = {.rlim_cur = 1024, .rlim_max = 4096}},
-    {.resource = RLIMIT_CORE, .limit = {.rlim_cur = 0, .rlim_max = 0}}, // may hold a password
+    {RLIMIT_STACK, 8U << 20, RLIM_INFINITY},
+    {RLIMIT_NOFILE, 1024, 4096},
+    {RLIMIT_MEMLOCK, 8U << 20, 8U << 20},
+    {RLIMIT_MSGQUEUE, 819200, 819200},
+    {RLIMIT_NICE, 0, 0},
+    {RLIMIT_RTPRIO, 0, 0},
+    {RLIMIT_CORE, 0, 0}, // a core may hold a password
 };
 
+constexpr int unlimited[] = {RLIMIT_FSIZE, RLIMIT_AS,         RLIMIT_DATA,
+                             RLIMIT_CPU,   RLIMIT_RSS,        RLIMIT_NPROC,
+                             RLIMIT_LOCKS, RLIMIT_SIGPENDING, RLIMIT_RTTIME};
+
 // Where the hard limit cannot be raised, the soft one goes as far as that allows.
+void set_limit(int resource, rlim_t soft, rlim_t hard) {
+    const rlimit wanted = {.rlim_cur = soft, .rlim_max = hard};
+    rlimit now;
+    if (setrlimit(resource, &wanted) == 0 || getrlimit(resource, &now) != 0)
+        return;
+    now.rlim_cur = soft < now.rlim_max ? soft : now.rlim_max;
+    setrlimit(resource, &now);
+}
+
 void set_limits() {
-    for (const limit_row &row : limits) {
-        rlimit now;
-        if (setrlimit(row.resource, &row.limit) == 0 || getrlimit(row.resource, &now) != 0)
-            continue;
-        now.rlim_cur = row.limit.rlim_cur < now.rlim_max ? row.limit.rlim_cur : now.rlim_max;
-        setrlimit(row.resource, &now);
+    for (const limit_row &row : limits)
+        set_limit(row.resource, row.soft, row.hard);
+    for (int resource : unlimited)
+        set_limit(resource, RLIM_INFINITY, RLIM_INFINITY);
+}
+
+// By the kernel's own calls where the C libraries have none, or one that always fails.
+void set_priorities() {
+    constexpr sched_param normal = {};
+    syscall(SYS_sched_setscheduler, 0, SCHED_OTHER,
+            &normal); // first: the nice value counts in this class alone
+    setpriority(PRIO_PROCESS, 0, 0);
+    unsigned long all_processors[16]; // the kernel passes over those that are not there
+    for (unsigned long &word : all_processors)
+        word = ~0UL;
+    syscall(SYS_sched_setaffinity, 0, sizeof all_processors, all_processors);
+    constexpr int who_process = 1, follow_nice_value = 0; // ioprio_set(2); no header has them
+    syscall(SYS_ioprio_set, who_process, 0, follow_nice_value);
+    constexpr unsigned long timer_slack = 50000; // nanoseconds; 0 would mean the caller's own
+    prctl(PR_SET_TIMERSLACK, timer_slack);
+    prctl(PR_SET_THP_DISABLE, 0, 0, 0, 0); // huge pages, which a caller can forbid
+    syscall(SYS_personality, PER_LINUX);
+    const int score = open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC);
+    if (score >= 0) {
+        [[maybe_unused]] ssize_t written = write(score, "0", 1);
+        close(score);
     }
 }
 
-// A descriptor may lie above any limit of now, since limits can be lowered after it was opened.
-// Kernels before 5.9 cannot close a range; there, each that is listed is closed, and the first in
-// advance: the listing needs one that the limit allows.
+// Each descriptor has to be closed by itself before Linux 5.9, which brought close_range. Limits do
+// not tell how high descriptors go: a caller can lower them after opening. /proc/self/fd lists all,
+// and reading it takes one descriptor, so the first of the caller's makes room for it.
 void close_descriptors() {
     constexpr int first = STDERR_FILENO + 1;
     if (syscall(SYS_close_range, first, ~0U, 0) == 0)
@@ -76,8 +113,16 @@ void close_descriptors() {
     closedir(listing);
 }
 
-// By the kernel's own call, where all that follows the handler may be zero: C libraries keep a few
-// signals to themselves and refuse to change those.
+// A program that reads the size of its terminal, or that takes standard input as its modem, finds
+// neither. The descriptor just closed is the lowest free one, which an open gets.
+void empty_standard_input() {
+    close(STDIN_FILENO);
+    open("/dev/null", O_RDWR);
+}
+
+// By the kernel's own call, because C libraries refuse to change the few signals that they use
+// themselves. The array is the kernel's structure on ARM and x86: the handler, then flags, restorer
+// and mask, all zero; it is as long as that structure, or longer.
 void set_disposition(int number, sighandler_t handler) {
     const sighandler_t action[8] = {handler};
     syscall(SYS_rt_sigaction, number, action, nullptr, NSIG / 8);
@@ -88,8 +133,8 @@ void reset_signals() {
     for (int timer : {ITIMER_REAL, ITIMER_VIRTUAL, ITIMER_PROF})
         setitimer(timer, &never, nullptr);
 
-    // Ignoring a signal discards one that waits behind the mask; it must not strike when that
-    // opens.
+    // A blocked signal may be waiting. Ignoring it discards it, so that it does not strike when the
+    // mask is emptied.
     for (int number = 1; number < NSIG; number++)
         set_disposition(number, SIG_IGN);
     sigset_t none;
@@ -98,9 +143,9 @@ void reset_signals() {
     for (int number = 1; number < NSIG; number++)
         set_disposition(number, SIG_DFL);
 
-    // A file size limit is no signal but a short write, which takes the ordinary way of failing.
+    // With SIGXFSZ ignored, a write beyond the file size limit fails like any other write.
     for (int number :
-         {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP, SIGTTOU, SIGALRM, SIGXFSZ, SIGPIPE})
+         {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP, SIGTTIN, SIGTTOU, SIGALRM, SIGXFSZ, SIGPIPE})
         ignore_here(number);
 }
 
@@ -114,9 +159,7 @@ void clear_environment() {
 
 void keep_standard_descriptors() {
     // One call tells about all three, but not for a caller with a limit of fewer descriptors.
-    pollfd standard[] = {{.fd = STDIN_FILENO, .events = 0, .revents = 0},
-                         {.fd = STDOUT_FILENO, .events = 0, .revents = 0},
-                         {.fd = STDERR_FILENO, .events = 0, .revents = 0}};
+    pollfd standard[] = {{STDIN_FILENO, 0, 0}, {STDOUT_FILENO, 0, 0}, {STDERR_FILENO, 0, 0}};
     bool known = poll(standard, 3, 0) >= 0;
     // The lowest free descriptor is the one that an open gets; it stays open on purpose.
     for (const pollfd &each : standard)
@@ -128,9 +171,16 @@ void ignore_broken_pipe() {
     ignore_here(SIGPIPE);
 }
 
+void ignore_terminal_stop() {
+    ignore_here(SIGTTOU);
+}
+
 void distrust_caller() {
+    caller_distrusted = true;
     set_limits();
+    set_priorities();
     close_descriptors();
+    empty_standard_input();
     reset_signals();
     umask(022);
     [[maybe_unused]] int directory = chdir("/");
@@ -138,9 +188,11 @@ void distrust_caller() {
     clear_environment();
 }
 
-void restore_signals() {
-    for (int number = 1; number < NSIG; number++)
-        if (sigismember(&ignored_here, number) == 1)
+void prepare_child() {
+    if (caller_distrusted)
+        setsid(); // a new child leads no process group, so this cannot fail
+    for (int number = 1; number < first_real_time_signal; number++)
+        if ((ignored_here >> number & 1) != 0)
             signal(number, SIG_DFL);
 }
 

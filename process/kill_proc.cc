@@ -8,7 +8,7 @@
 
 #include <unistd.h>
 
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 #include "lib/mstr.h"
 #include "process/privilege.h"
 #include "process/runner.h"
@@ -41,12 +41,7 @@ int kill_proc(const char *name) {
     if (list == nullptr)
         return exit_failed;
     char line_data[mstr_storage(line_room)], id_data[mstr_storage(line_room)];
-    mstr line = {.magic = MSTR_MAGIC_GUARDED,
-                 .capacity = line_room,
-                 .c_str = _mstr_init_data(line_data, line_room, MSTR_MAGIC_GUARDED)};
-    mstr id = {.magic = MSTR_MAGIC_GUARDED,
-               .capacity = line_room,
-               .c_str = _mstr_init_data(id_data, line_room, MSTR_MAGIC_GUARDED)};
+    mstr line = mstr_guarded(line_data, line_room), id = mstr_guarded(id_data, line_room);
     const pid_t self = getpid();
     while (mstr_getline(&line, list) == 0)
         if (mstr_find_cstr(&line, 0, name) >= 0)

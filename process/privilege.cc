@@ -11,4 +11,8 @@ void become_root() {
     [[maybe_unused]] int group = setgid(0);
 }
 
+bool set_effective_user(uid_t user) {
+    return seteuid(user) == 0;
+}
+
 } // namespace zelta

@@ -11,8 +11,7 @@
 
 namespace zelta {
 
-mbuf child_info_mbuf = {
-    .magic = MBUF_MAGIC_HEAP, .unitsize = sizeof(child_info), .capacity = 0, .bufptr = nullptr};
+mbuf child_info_mbuf = {MBUF_MAGIC_HEAP, sizeof(child_info), 0, 0, nullptr};
 pthread_mutex_t mbuf_mutex = PTHREAD_MUTEX_INITIALIZER;
 
 namespace {
@@ -67,14 +66,10 @@ void run_writer(const int ends[2], const char *path, va_list list) {
 } // namespace
 
 int zelta_system_argv(const char *path, const char *const argv[]) {
-    pid_t pid = child_fork();
+    pid_t pid = child_start(path, argv, exec_failed_silently);
     if (pid < 0) {
         printf("Call to fork failed in zelta_system_argv, error %i", errno);
         return -1;
-    }
-    if (pid == 0) {
-        child_exec(path, argv);
-        child_end("", exec_failed_silently);
     }
     int status;
     return child_wait(pid, &status) ? 0 : -1;
@@ -84,11 +79,8 @@ int zelta_system(const char *path, ...) {
     constexpr uint32_t room = 20;
     constexpr size_t lead = guard_lead<char *>; // so that execv gets an aligned vector
     alignas(char *) char storage[lead + room * sizeof(char *) + guards_size];
-    mbuf arguments = {
-        .magic = MBUF_MAGIC_GUARDED,
-        .unitsize = sizeof(char *),
-        .capacity = room,
-        .bufptr = _mbuf_init_buffer(storage + lead, room * sizeof(char *), MBUF_MAGIC_GUARDED)};
+    mbuf arguments = {MBUF_MAGIC_GUARDED, sizeof(char *), 0, room,
+                      _mbuf_init_buffer(storage + lead, room * sizeof(char *), MBUF_MAGIC_GUARDED)};
     va_list list;
     va_start(list, path);
     collect_arguments(&arguments, list);
@@ -113,7 +105,7 @@ FILE *zelta_popen(const char *path, ...) {
         va_start(list, path);
         run_writer(ends, path, list);
         va_end(list);
-        child_end("", exec_failed_silently);
+        child_end(exec_failed_silently);
     }
     close(ends[1]);
     FILE *stream = fdopen(ends[0], "r");

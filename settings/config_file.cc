@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 #include "lib/mstr.h"
 #include "lib/report_error.h"
 

@@ -1,6 +1,6 @@
-// Settings files: lines of key=value, read into a fixed table of pairs. What the keys mean is
-// settings/ip_settings' business. A line is split at its first "=", nothing is trimmed, there are
-// no comments, and a last line without its newline is no entry.
+// Settings files: lines of key=value, read into a fixed table of pairs. settings/ip_settings knows
+// what the keys mean. A line is split at its first "=". Nothing is trimmed, there are no comments,
+// and a last line that lacks its line end is not read.
 
 #pragma once
 
@@ -16,15 +16,15 @@ struct config_pair {
     char *value;
 };
 
-// A null key ends the entries; a table that is full has no such end.
+// A null key follows the last entry, unless the table is full.
 using config_table = config_pair[config_pairs];
 
 extern config_table ip_config; // the IP settings file that the user names
 extern config_table if_config; // the link's own fixed file
 
-// Reads the file into the table: exit_ok, also when a line could not be stored, which ends reading
-// as the end of the file does; exit_no_file, after perror, when the file cannot be opened, and the
-// table is as it was.
+// Reads the file into the table: exit_ok. Reading ends at the end of the file, when the table is
+// full, and at a line that cannot be read or stored; none of these is an error. exit_no_file, after
+// perror, when the file cannot be opened; then the table is as it was.
 int parse_config_file(const char *path, config_table &table);
 
 // The value of the first entry with this key, not a copy; null for none.

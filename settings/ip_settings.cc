@@ -5,7 +5,7 @@
 #include <iterator>
 #include <span>
 
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 
 namespace zelta {
 
@@ -22,26 +22,22 @@ struct setting {
 };
 
 constexpr setting manual_settings[] = {
-    {.key = "address", .field = &ip_settings::address, .complaint = "No IP address specified"},
-    {.key = "netmask", .field = &ip_settings::netmask, .complaint = "No IP netmask specified"},
-    {.key = "gateway", .field = &ip_settings::gateway, .complaint = "No IP gateway specified"},
-    {.key = "dns", .field = &ip_settings::dns, .complaint = nullptr},
-    {.key = "routes", .field = &ip_settings::routes, .complaint = "No IP routes specified"},
+    {"address", &ip_settings::address, "No IP address specified"},
+    {"netmask", &ip_settings::netmask, "No IP netmask specified"},
+    {"gateway", &ip_settings::gateway, "No IP gateway specified"},
+    {"dns", &ip_settings::dns, nullptr},
+    {"routes", &ip_settings::routes, "No IP routes specified"},
 };
 
 constexpr setting modem_settings[] = {
-    {.key = "device", .field = &ip_settings::device, .complaint = "No serial device specified"},
-    {.key = "user", .field = &ip_settings::user, .complaint = nullptr},
-    {.key = "password", .field = &ip_settings::password, .complaint = nullptr},
+    {"device", &ip_settings::device, "No serial device specified"},
+    {"user", &ip_settings::user, nullptr},
+    {"password", &ip_settings::password, nullptr},
 };
 
 constexpr setting script_settings[] = {
-    {.key = "connect",
-     .field = &ip_settings::connect,
-     .complaint = "No connect chat script specified"},
-    {.key = "disconnect",
-     .field = &ip_settings::disconnect,
-     .complaint = "No disconnect chat script specified"},
+    {"connect", &ip_settings::connect, "No connect chat script specified"},
+    {"disconnect", &ip_settings::disconnect, "No disconnect chat script specified"},
 };
 
 // By secrets_kind.

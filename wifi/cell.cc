@@ -10,18 +10,20 @@ constexpr uint32_t description_room = 64;
 constexpr uint32_t block_room = 300;
 constexpr char element_mark[] = "IE:";
 
-// parse_key on its two working strings, which the caller releases.
-unsigned take_value(const char *cell, const char *key, mstr *value, mstr *rest, mstr *head) {
-    if (mstr_strcpy(rest, cell) != 0 || mstr_partition_cstr(head, rest, key) != 1)
-        return 1;
-    // From here on head and rest change roles: the line, then what follows its "=", then the value.
-    if (mstr_partition_cstr(head, rest, "\n") < 0 || mstr_partition_cstr(rest, head, "=") != 1 ||
-        mstr_partition_cstr(rest, head, " ") != 1)
-        return 1;
-    return mstr_assign(value, rest) == 0 ? 0 : 1;
+// cut_field on two working strings, which the caller releases.
+field_result cut(const char *cell, const char *key, const char *opening, const char *closing,
+                 mstr *field, mstr *rest, mstr *line) {
+    if (mstr_strcpy(rest, cell) != 0 || mstr_partition_cstr(line, rest, key) != 1)
+        return field_without_key;
+    // Now rest follows the key. Each cut puts what precedes the separator into its first string.
+    if (mstr_partition_cstr(line, rest, "\n") < 0 ||
+        mstr_partition_cstr(rest, line, opening) != 1 ||
+        mstr_partition_cstr(rest, line, closing) != 1)
+        return field_malformed;
+    return mstr_assign(field, rest) == 0 ? field_cut : field_too_long;
 }
 
-// Whether the "Encryption key" line of the cell reads on. The block is working storage.
+// 1 when "Encryption key" is followed by "on" in the cell, else 0. The block is working storage.
 unsigned encryption_flag(mstr *cell, mstr *block) {
     static constexpr char key_text[] = "Encryption key";
     mstr key = {.magic = MSTR_MAGIC_CONST, .capacity = 0, .c_str = const_cast<char *>(key_text)};
@@ -35,8 +37,8 @@ unsigned encryption_flag(mstr *cell, mstr *block) {
     return strncmp(mstr_get(block), "on", 2) == 0 ? 1 : 0;
 }
 
-// Describes the information element that starts at this position of the cell. It ends before the
-// next one that starts on a later line; what does not fit the block is not examined.
+// Describes the information element that starts at this position of the cell. It ends where the
+// next one starts on a later line, or with the cell; what does not fit the block is not examined.
 void describe_element(mstr *cell, uint32_t start, unsigned encrypted, mstr *block,
                       mstr *description) {
     uint32_t end = static_cast<uint32_t>(mstr_length(cell));
@@ -53,13 +55,18 @@ void describe_element(mstr *cell, uint32_t start, unsigned encrypted, mstr *bloc
 
 } // namespace
 
-unsigned parse_key(const char *cell, const char *key, mstr *value) {
+field_result cut_field(const char *cell, const char *key, const char *opening, const char *closing,
+                       mstr *field) {
     mstr rest = {.magic = MSTR_MAGIC_HEAP};
-    mstr head = {.magic = MSTR_MAGIC_HEAP};
-    unsigned result = take_value(cell, key, value, &rest, &head);
+    mstr line = {.magic = MSTR_MAGIC_HEAP};
+    field_result result = cut(cell, key, opening, closing, field, &rest, &line);
     mstr_destroy(&rest);
-    mstr_destroy(&head);
+    mstr_destroy(&line);
     return result;
+}
+
+unsigned parse_key(const char *cell, const char *key, mstr *value) {
+    return cut_field(cell, key, "=", " ", value) == field_cut ? 0 : 1;
 }
 
 unsigned parse_auth_block(unsigned encrypted, const char *block, mstr *description) {
@@ -79,9 +86,7 @@ unsigned parse_auth_block(unsigned encrypted, const char *block, mstr *descripti
     bool enterprise = suites != nullptr && strstr(suites, "802.1") != nullptr;
 
     char data[mstr_storage(description_room)];
-    mstr element = {.magic = MSTR_MAGIC_GUARDED,
-                    .capacity = description_room,
-                    .c_str = _mstr_init_data(data, description_room, MSTR_MAGIC_GUARDED)};
+    mstr element = mstr_guarded(data, description_room);
     mstr_sprintf(&element, "[%s-%s-%s", protocol, enterprise ? "EAP" : "PSK", cipher);
     if (strstr(block, "Preauthentication Supported") != nullptr)
         mstr_strcat(&element, "-preauth");
@@ -98,9 +103,7 @@ unsigned parse_wifi_encryption(char *cell, mstr *description) {
                  .capacity = length,
                  .c_str = _mstr_init_buffer(cell, size_t{length} + 1)};
     char data[mstr_storage(block_room)];
-    mstr block = {.magic = MSTR_MAGIC_GUARDED,
-                  .capacity = block_room,
-                  .c_str = _mstr_init_data(data, block_room, MSTR_MAGIC_GUARDED)};
+    mstr block = mstr_guarded(data, block_room);
     const unsigned encrypted = encryption_flag(&text, &block);
     int at = mstr_find_cstr(&text, 0, element_mark);
     if (at < 0)

@@ -7,9 +7,16 @@
 
 namespace zelta {
 
-// Puts the value of a key=value measurement into value: what stands between the first "=" that
-// follows the key on the key's line and the next blank there. 0; 1, and value is unchanged, when
-// that is not found or does not fit.
+// How cutting a field out of a cell ends; only field_cut changes the string that receives it.
+enum field_result { field_cut, field_without_key, field_malformed, field_too_long };
+
+// Puts into field what stands between two separators on the key's line: the first opening one that
+// follows the key there, and the first closing one after that.
+field_result cut_field(const char *cell, const char *key, const char *opening, const char *closing,
+                       mstr *field);
+
+// Puts the value of a key=value measurement, which a blank ends, into value: 0; or 1, and value is
+// unchanged, when it is not found or does not fit.
 unsigned parse_key(const char *cell, const char *key, mstr *value);
 
 // Appends the description of one information element, such as "[WPA2-PSK-CCMP]", or nothing when
@@ -18,8 +25,8 @@ unsigned parse_key(const char *cell, const char *key, mstr *value);
 unsigned parse_auth_block(unsigned encrypted, const char *block, mstr *description);
 
 // Appends the description of the cell's security: "[WEP]" or "[NONE]" for a cell without
-// information elements, else that of each element. Always 0. The cell is not changed, but its
-// terminator is written again.
+// information elements, else that of each element. Always 0. The cell stays as it is: only its
+// terminator is written, with the same value.
 unsigned parse_wifi_encryption(char *cell, mstr *description);
 
 } // namespace zelta

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "app/exit_status.h"
+#include "lib/exit_status.h"
 #include "lib/mstr.h"
 #include "netif/wpa_supplicant.h"
 #include "process/privilege.h"
@@ -27,34 +27,15 @@ bool opens_cell(const line_buffer &line) {
     return strstr(line, "Cell") != nullptr;
 }
 
-template <size_t Size>
-mstr array_string(char (&array)[Size]) {
-    return {
-        .magic = MSTR_MAGIC_ARRAY, .capacity = Size - 1, .c_str = _mstr_init_buffer(array, Size)};
-}
-
-// Takes the text between the first two double quotes behind "ESSID" into ssid; line and rest are
-// working strings, which the caller releases.
-bool take_ssid(mstr *cell, mstr *ssid, mstr *rest, mstr *line) {
-    if (mstr_assign(rest, cell) != 0 || mstr_partition_cstr(line, rest, "ESSID") != 1) {
-        puts("SSID not found.");
-        return false;
-    }
-    if (mstr_partition_cstr(line, rest, "\n") < 0 || mstr_partition_cstr(rest, line, "\"") != 1 ||
-        mstr_partition_cstr(rest, line, "\"") != 1) {
-        puts("SSID format error.");
-        return false;
-    }
-    return mstr_assign(ssid, rest) == 0;
-}
-
+// Puts the text between the first two double quotes that follow "ESSID" on its line into ssid. False
+// when there is none to show, after a message unless it is too long.
 bool find_ssid(mstr *cell, mstr *ssid) {
-    mstr rest = {.magic = MSTR_MAGIC_HEAP};
-    mstr line = {.magic = MSTR_MAGIC_HEAP};
-    bool found = take_ssid(cell, ssid, &rest, &line);
-    mstr_destroy(&rest);
-    mstr_destroy(&line);
-    return found;
+    const field_result result = cut_field(mstr_get(cell), "ESSID", "\"", "\"", ssid);
+    if (result == field_without_key)
+        puts("SSID not found.");
+    else if (result == field_malformed)
+        puts("SSID format error.");
+    return result == field_cut;
 }
 
 const char *measurement(mstr *cell, const char *key, mstr *field) {
@@ -67,9 +48,9 @@ const char *measurement(mstr *cell, const char *key, mstr *field) {
 void report_cell(mstr *cell) {
     char ssid_array[36] = {}, quality_array[10] = {}, signal_array[8] = {}, noise_array[8] = {};
     char security_array[128] = {};
-    mstr ssid = array_string(ssid_array), quality = array_string(quality_array);
-    mstr signal = array_string(signal_array), noise = array_string(noise_array);
-    mstr security = array_string(security_array);
+    mstr ssid = mstr_array(ssid_array), quality = mstr_array(quality_array);
+    mstr signal = mstr_array(signal_array), noise = mstr_array(noise_array);
+    mstr security = mstr_array(security_array);
     if (!find_ssid(cell, &ssid))
         return;
     parse_wifi_encryption(mstr_get(cell), &security);
@@ -78,8 +59,8 @@ void report_cell(mstr *cell) {
            mstr_get(&security), mstr_get(&ssid));
 }
 
-// Collects the cell that the line opens, up to the line that opens the next one, which is in line
-// then, or to the end of the listing. False when reading fails.
+// Collects the cell that the line opens: up to the line that opens the next cell, which is left in
+// line, or up to the end of the listing. False when reading fails.
 bool collect_cell(FILE *listing, line_buffer &line, mstr *cell) {
     mstr_clear(cell);
     do {
@@ -104,10 +85,9 @@ int report_networks(FILE *listing) {
     fputs("Scan completed.\nLink Quality | Signal Level | Noise Level | Security type | SSID\n",
           stdout);
     char cell_data[mstr_storage(cell_room)];
-    mstr cell = {.magic = MSTR_MAGIC_GUARDED,
-                 .capacity = cell_room,
-                 .c_str = _mstr_init_data(cell_data, cell_room, MSTR_MAGIC_GUARDED)};
-    // At the end of the stream nothing more follows; an opening line that ran into it is no cell.
+    mstr cell = mstr_guarded(cell_data, cell_room);
+    // The last cell was collected up to the end of the stream. A listing whose last line opens a
+    // cell and lacks its line end has reached the end too: that cell is not reported.
     while (feof(listing) == 0) {
         if (!collect_cell(listing, line, &cell)) {
             printf("Failed to scan - %d\n", ferror(listing));
@@ -135,8 +115,7 @@ int wifi_scan(int, char *[]) {
     become_root();
     if (supplicant_runs())
         return scan();
-    if (zelta_system("/usr/sbin/wpa_supplicant", "wpa_supplicant", "-iwlan0", "-C",
-                     "/var/run/wpa_supplicant", "-B", nullptr) != 0) {
+    if (start_scan_supplicant() != 0) {
         puts("Failed to start WPA supplicant.");
         return exit_failed;
     }
