@@ -1,6 +1,5 @@
-// The main of a target that is built without libFuzzer: feeds it the files, and the files of the
-// folders, that its command line names, and then mixtures of their lines, which are the same every
-// time.
+// The main of a target that is built without libFuzzer: feeds it the files of the folders that its
+// command line names, and then mixtures of their lines, which are the same every time.
 
 #include <algorithm>
 #include <filesystem>
@@ -24,12 +23,6 @@ void replay(const std::string &name, const std::string &input) {
     LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
 }
 
-std::string contents(const std::filesystem::path &path) {
-    std::ifstream file(path, std::ios::binary);
-    zelta::fuzz::require(file.is_open(), "the file cannot be read");
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // Lines in any order, every second one with a character changed.
 std::string mixture(const std::vector<std::string> &lines, std::mt19937 &random) {
     std::string mixed;
@@ -47,15 +40,13 @@ std::string mixture(const std::vector<std::string> &lines, std::mt19937 &random)
 int main(int argc, char *argv[]) {
     std::vector<std::filesystem::path> files;
     for (int i = 1; i < argc; i++)
-        if (std::filesystem::is_directory(argv[i]))
-            std::copy(std::filesystem::directory_iterator(argv[i]), {}, std::back_inserter(files));
-        else
-            files.emplace_back(argv[i]);
+        std::copy(std::filesystem::directory_iterator(argv[i]), {}, std::back_inserter(files));
     std::sort(files.begin(), files.end());
 
     std::vector<std::string> lines;
     for (const auto &path : files) {
-        std::string text = contents(path);
+        std::ifstream file(path, std::ios::binary);
+        std::string text(std::istreambuf_iterator<char>(file), {});
         replay(path, text);
         for (size_t size = 0; !text.empty(); text.erase(0, size)) {
             size = std::min(text.find('\n'), text.size() - 1) + 1;

@@ -1,43 +1,44 @@
-// What every fuzz target has: the entry, which takes one input, and a way to fail. libFuzzer feeds
-// the entry with inputs that it makes up, replay.cc with files and mixtures of their lines.
+// What every fuzz target has, and what surrounds the product in it: the linker sends its calls of fork,
+// execv, waitpid, fdopen, kill, getpid, access, setuid and setgid to target.cc, so that a target starts
+// no program, signals no process and stays who it is. libFuzzer makes up the inputs, or replay.cc takes
+// them from files.
 
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
+
+#include <sys/types.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 namespace zelta::fuzz {
 
-inline std::string_view as_text(const uint8_t *data, size_t size) {
-    return {reinterpret_cast<const char *>(data), size};
-}
+// Takes one input; each target has its own.
+void take(std::string_view input);
+
+struct surroundings {
+    std::string_view listing = {};                     // what a program prints that zelta_popen starts
+    bool reading_fails = false;                        // behind the listing, in place of its end
+    bool files_there = false;                          // what access tells of every file
+    std::vector<std::pair<pid_t, int>> signalled = {}; // process and signal; kill fails for odd ids
+};
+
+extern surroundings around; // fresh for each input
+
+inline constexpr pid_t own_pid = 1234;
+
+// The result of the action, and what it prints on standard output.
+std::pair<int, std::string> run(const std::function<int()> &action);
 
 // What a function for NUL-terminated text sees of these bytes.
-inline std::string up_to_nul(std::string_view bytes) {
-    return std::string(bytes.substr(0, bytes.find('\0')));
-}
+std::string up_to_nul(std::string_view bytes);
 
 // Ends the target, with the words that say what is wrong, unless the condition holds.
-inline void require(bool holds, std::string_view wrong) {
-    if (holds)
-        return;
-    fprintf(stderr, "Wrong: %.*s\n", static_cast<int>(wrong.size()), wrong.data());
-    abort();
-}
-
-// Changes four bytes; a second call gives them back what they were.
-inline void flip_word(void *word) {
-    uint32_t value;
-    memcpy(&value, word, sizeof value);
-    value ^= UINT32_C(1) << 31;
-    memcpy(word, &value, sizeof value);
-}
+void require(bool holds, std::string_view wrong);
 
 } // namespace zelta::fuzz

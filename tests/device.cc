@@ -33,7 +33,8 @@ std::pair<std::string, int> run_in_device(const std::string &script, const devic
         std::ofstream(root / path.substr(1), std::ios::binary) << text;
     }
     const std::string tool = in.faults.empty() ? setting("TOOL", TOOL) : setting("FAULTS_TOOL", FAULTS_TOOL);
-    const std::string enter = DEVICE " --trace --stand-in " STAND_IN " --tool " + tool + " --files " + root.string();
+    const std::string enter =
+        DEVICE " --trace --stand-in '" STAND_IN "' --tool '" + tool + "' --files " + root.string();
     std::string output;
     FILE *stream = popen((enter + " bash /run/sim/row 2>&1").c_str(), "re");
     for (int c = getc(stream); c != EOF; c = getc(stream))
@@ -57,23 +58,34 @@ std::string transcript(const tool_run &row) {
 } // namespace
 
 void DeviceTest::SetUp() {
-    static const int status = run_in_device("true", {}).second;
+    static const auto [problem, status] = run_in_device("true", {});
     if (status == cannot_simulate)
-        GTEST_SKIP() << "no private namespaces here";
+        GTEST_SKIP() << problem;
 }
 
-std::string device_shell(const std::string &script, const device &in) {
-    return run_in_device(script, in).first;
+bool only_root() {
+    static const bool result = run_in_device("setpriv --reuid 500 --clear-groups true", {}).second != 0;
+    return result;
 }
+
+std::string device_shell(const std::string &script, const device &in) { return run_in_device(script, in).first; }
 
 void expect_transcripts(const std::vector<tool_run> &rows) {
+    bool passed_over = false;
     for (const tool_run &row : rows) {
-        std::string label = row.arguments;
-        for (const auto &[path, text] : row.in.files)
-            label += " | " + text.substr(0, 200);
-        SCOPED_TRACE(label + " | " + row.in.replies + " | " + row.in.before + " | " + row.in.faults);
+        if (row.in.launcher.find("--reuid") != std::string::npos && only_root()) {
+            passed_over = true;
+            continue;
+        }
+        testing::ScopedTrace trace(row.where.file_name(), static_cast<int>(row.where.line()), row.arguments);
         EXPECT_EQ(transcript(row), row.transcript);
     }
+    if (passed_over)
+        GTEST_SKIP() << "skipped: what other users than root do, whom an ordinary user's device has not";
+}
+
+std::string fails(const std::string &function, int error, int call) {
+    return function + " " + std::to_string(call) + " " + std::to_string(error) + "\n";
 }
 
 std::string filter_run(const std::string &arguments, int status) {

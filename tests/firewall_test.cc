@@ -7,8 +7,9 @@ namespace {
 using Firewall = DeviceTest;
 
 // A rule that the packet filter takes.
-tool_run rule(const std::string &arguments, const std::string &vector, const device &in = {}) {
-    return {arguments, filter_run(vector) + "status 0\n", in};
+tool_run rule(const std::string &arguments, const std::string &vector, const device &in = {},
+              here where = here::current()) {
+    return {arguments, filter_run(vector) + "status 0\n", in, where};
 }
 
 TEST_F(Firewall, TakesPortsAndPingOneRuleAtATime) {
@@ -33,7 +34,7 @@ TEST_F(Firewall, JudgesProtocolThenPortThenDirection) {
         {"--open-port TCP x in", "status 1\n"},
         {"--open-port icmp -1 in", "status 1\n"},
         {"--open-port tcp 65536 sideways", out_of_range},
-        {"--open-port tcp -1 out", out_of_range},
+        {"--open-port tcp -1 out", out_of_range, {.faults = fails("poll", EINVAL)}}, // an earlier error is no reason
         {"--open-port tcp 99999999999999999999 out", failure + "Numerical result out of range\nstatus 1\n"},
         // The reason depends on the machine's word.
         {"--close-port udp 4294967376 out 2>&1 | sed s/:.*//", "Destination port conversion failed\nstatus 0\n"},
@@ -42,6 +43,9 @@ TEST_F(Firewall, JudgesProtocolThenPortThenDirection) {
         {"--open-port tcp '' in", "status 1\n"},
         {"--open-ping both", "status 1\n"},
     });
+    // The reason is that of the port also where the lines before it cannot be written.
+    EXPECT_EQ(device_shell("zelta-ip --open-port tcp 99999999999999999999 out 2>&1 >/dev/full"),
+              failure + "Numerical result out of range\n");
 }
 
 TEST_F(Firewall, ReportsHowTheFilterEnded) {
@@ -53,9 +57,13 @@ TEST_F(Firewall, ReportsHowTheFilterEnded) {
         {open, ran + "terminated normally status=7\n" + ends("7"), {.replies = "iptables exit 7"}},
         {open, ran + "terminated by signal 9\n" + ends("9"), {.replies = "iptables signal 9"}},
         {open, "child exit???\nterminated normally status=4\n" + ends("4"), {.replies = "iptables missing"}},
-        {open, "fork fail\nstatus 4\n", {.faults = "fork 1 11"}},
-        {open, ran + ends("4"), {.faults = "waitpid 1 10"}},
+        {open, "fork fail\nstatus 4\n", {.faults = fails("fork", EAGAIN)}},
+        {open, ran + ends("4"), {.faults = fails("waitpid", ECHILD)}},
     });
+    // A child that cannot become the filter ends in the same way when nobody reads what it says.
+    EXPECT_EQ(device_shell("exec 3>&1 > >(:); wait $!; zelta-ip --open-ping in; echo $? >&3",
+                           {.replies = "iptables missing"}),
+              "4\n");
 }
 
 } // namespace

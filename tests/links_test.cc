@@ -43,9 +43,7 @@ std::string by_hand(const std::string &interface) {
     return "Manual IP config\n$ ifconfig " + interface + " 10.0.0.2 netmask 255.0.0.0\n" + route(interface);
 }
 
-std::string clear(const std::string &interface) {
-    return "Clearing Manual IP config\n" + route(interface, "del");
-}
+std::string clear(const std::string &interface) { return "Clearing Manual IP config\n" + route(interface, "del"); }
 
 // What a stop prints from the flushes on.
 std::string flushed(int status = 0, const std::string &failure = "", const std::string &failure2 = "") {
@@ -53,18 +51,17 @@ std::string flushed(int status = 0, const std::string &failure = "", const std::
            "$ mount -o remount,exec /etc/\n$ zelta-net\n$ mount -o remount,noexec /etc/\n";
 }
 
-std::string down(const std::string &interface) {
-    return "$ ifconfig " + interface + " down\n";
-}
+std::string down(const std::string &interface) { return "$ ifconfig " + interface + " down\n"; }
 
 // A command on the settings file "s" with this text, and what follows the reading of that file; the
 // device's programs do nothing, and succeed.
-tool_run link(const std::string &option, const std::string &text, const std::string &outcome, device in = {}) {
+tool_run link(const std::string &option, const std::string &text, const std::string &outcome, device in = {},
+              here where = here::current()) {
     in.files.insert(in.files.begin(), {{SETTINGS "s", text}, {SETTINGS "wlan-config", "ap=1\n"}});
     in.replies = "ifconfig exit 0, route exit 0, dhclient exit 0, wpa_supplicant exit 0, pppd exit 0,"
                  "wpa_cli exit 0, mount exit 0, zelta-net exit 0, iptables exit 0, " +
                  in.replies;
-    return {option + " s", (option.ends_with("wifi-if") ? wlan_read : ip_read) + outcome, in};
+    return {option + " s", (option.ends_with("wifi-if") ? wlan_read : ip_read) + outcome, in, where};
 }
 
 TEST_F(Links, StartByDhcpOrByHand) {
@@ -87,12 +84,14 @@ TEST_F(Links, StartAttemptsEveryStep) {
         link(usb, dhcp, holes(3) + "$ dhclient usb0\n" + failed, {.replies = "iptables exit 3"}),
         link(usb, dhcp, holes() + failed, {.before = "ln -s /dev/full /etc/dhclient.conf"}),
         link(usb, dhcp, holes() + failed, {.before = "mkdir /etc/dhclient.conf"}),
+        link(usb, dhcp, holes() + failed, {.faults = fails("fdopen", ENOMEM)}),
+        link(usb, dhcp, holes() + failed, {.faults = fails("fprintf", ENOSPC)}),
         link(usb, dhcp, holes() + failed + "1\n",
-             {.after = "[ -e /etc/dhclient.conf ]; echo $?", .faults = "gethostname 1 14"}),
+             {.after = "[ -e /etc/dhclient.conf ]; echo $?", .faults = fails("gethostname", EFAULT)}),
         link(usb, manual, "Manual IP config\nchild exit???\n" + route("usb0") + failed,
              {.replies = "ifconfig missing"}),
-        link(usb, manual, "Manual IP config\nfork fail\n" + route("usb0") + failed, {.faults = "fork 1 11"}),
-        link(usb, manual, by_hand("usb0") + "parent exit\n" + failed, {.faults = "waitpid 2 4"}),
+        link(usb, manual, "Manual IP config\nfork fail\n" + route("usb0") + failed, {.faults = fails("fork", EAGAIN)}),
+        link(usb, manual, by_hand("usb0") + "parent exit\n" + failed, {.faults = fails("waitpid", EINTR, 2)}),
         link(usb, manual, by_hand("usb0") + failed, {.replies = "route signal 4"}),
     });
 }
@@ -102,25 +101,30 @@ TEST_F(Links, StartNeedsItsSettings) {
         return SETTINGS + file + " not found (reason: No such file or directory)\nstatus 2\n";
     };
     const std::string lacking = "Unrecognised secrets file type ((null))\nstatus 1\n";
-    const std::string refused = "Open failed\n: Permission denied\nstatus 2\n", second_file = "fopen 2 13";
+    const std::string refused = "Open failed\n: Permission denied\nstatus 2\n", second_file = fails("fopen", EACCES, 2);
     expect_transcripts({
         {"--stop-wifi-if none", missing("none")},
         {"--start-wifi-if wifi-auto", missing("wlan-config"), {.before = "rm " SETTINGS "wlan-config"}},
         {"--start-gprs-if gprs-auto", missing("gprs-config"), {.before = "rm " SETTINGS "gprs-config"}},
-        {"--start-usb-eth-if usb-auto", "Parsing IP config file\n" + refused, {.faults = "fopen 1 13"}},
+        {"--start-usb-eth-if usb-auto", "Parsing IP config file\n" + refused, {.faults = fails("fopen", EACCES)}},
         {"--start-wifi-if wifi-auto", wlan_read + "Parsing WLAN config file\n" + refused, {.faults = second_file}},
         {"--start-gprs-if gprs-auto", ip_read + "Parsing GPRS config file\n" + refused, {.faults = second_file}},
-        {"--start-usb-eth-if usb-auto", "status 4\n", {.faults = "malloc 1 12"}},
+        {"--start-usb-eth-if usb-auto", "status 4\n", {.faults = fails("malloc", ENOMEM)}},
+        {"--start-usb-eth-if usb-auto", ip_read + "status 1\n", {.faults = fails("strdup", ENOMEM, 2)}},
         {"--start-usb-eth-if ../../../tmp/x", ip_read + "status 1\n", {.before = "echo config=DHCP >/tmp/x"}},
         link("--stop-usb-eth-if", "config=manual\n", "No IP address specified\nstatus 1\n"),
+        link("--start-usb-eth-if", std::string((1 << 20) - 1, 'x') + "\nconfig=manual\n",
+             "No IP address specified\nstatus 1\n"),
+        link("--start-usb-eth-if", std::string(1 << 20, 'x') + "\nconfig=manual\n", "status 1\n"),
         link("--start-gprs-if", manual, modem_read + lacking, {.files = {{SETTINGS "gprs-config", "device=x\n"}}}),
     });
 }
 
 TEST_F(Links, GprsIsThePppDaemonsWork) {
-    auto gprs = [](const std::string &text, const std::string &outcome, device in, const std::string &config = modem) {
+    auto gprs = [](const std::string &text, const std::string &outcome, device in, const std::string &config = modem,
+                   here where = here::current()) {
         in.files.insert(in.files.begin(), {{SETTINGS "gprs-config", config}});
-        return link("--start-gprs-if", text, modem_read + outcome, in);
+        return link("--start-gprs-if", text, modem_read + outcome, in, where);
     };
     const std::string pppd = "$ pppd file /etc/ppp/pppd-config\n",
                       resolv = "echo server 9.9.9.9 >/etc/ppp/resolv.conf;";
@@ -143,15 +147,16 @@ TEST_F(Links, GprsIsThePppDaemonsWork) {
              {.before = resolv + open_secrets, .after = look}),
         gprs(manual, pppd + by_hand("ppp0") + "status 0\n" + options,
              {.before = resolv, .after = "cat /etc/ppp/pppd-config"}),
-        gprs(dhcp, success + "* * 'pw' *\n", {.before = resolv, .after = "cat /etc/ppp/chap-secrets"}, no_user),
+        gprs(dhcp, success + "* * 'pw' *\n600 0:0\n",
+             {.before = resolv, .after = "cd /etc/ppp; cat chap-secrets; stat -c '%a %u:%g' c*"}, no_user),
         gprs(dhcp, success + "pppd-config\n", {.replies = "pppd signal 4", .before = resolv, .after = "ls /etc/ppp"},
              no_password),
         gprs(manual, pppd + sleeps + path + "couldn't be found: No such file or directory\n" + failure,
              {.faults = no_sleep}),
         gprs(manual, pppd + path + "move failed: Invalid cross-device link\n" + failure,
-             {.before = resolv, .faults = "rename 1 18"}),
-        gprs(manual, "fork fail\n" + failure, {.before = resolv, .faults = "fork 1 11"}),
-        gprs(manual, pppd + "parent exit\n" + failure, {.before = resolv, .faults = "waitpid 1 10"}),
+             {.before = resolv, .faults = fails("rename", EXDEV)}),
+        gprs(manual, "fork fail\n" + failure, {.before = resolv, .faults = fails("fork", EAGAIN)}),
+        gprs(manual, pppd + "parent exit\n" + failure, {.before = resolv, .faults = fails("waitpid", ECHILD)}),
         gprs(manual, no_open, {.before = "mkdir /etc/ppp/pppd-config"}),
         gprs(manual, no_open, {.before = "mkdir /etc/ppp/chap-secrets"}),
         gprs(manual, failure, {.launcher = "sh -c 'trap \"\" XFSZ; ulimit -f 0; exec \"$@\"' --"}),
@@ -167,7 +172,9 @@ TEST_F(Links, StopUndoesTheStart) {
         link(wifi, manual, "$ wpa_cli terminate\n" + clear("wlan0") + flushed() + down("wlan0") + "status 0\n",
              {.before = supplicant_runs}),
         link(wifi, manual, clear("wlan0") + flushed() + down("wlan0") + "status 0\n"),
-        link("--stop-gprs-if", dhcp, "$ ps\n" + flushed() + "status 0\n", {.before = "touch /var/run/ppp0.pid"}),
+        // A line that is too long ends the reading of a listing, whose program then writes to nobody.
+        link("--stop-gprs-if", dhcp, "$ ps\n" + flushed() + "status 0\n",
+             {.files = {{REPLY "ps", "print\n" + std::string(1 << 20, 'x')}}, .before = "touch /var/run/ppp0.pid"}),
         link("--stop-gprs-if", manual, flushed() + clear("ppp0") + down("ppp0") + "status 0\n"),
     });
 }
@@ -194,11 +201,11 @@ TEST_F(Links, StopGoesOnAfterEachFailure) {
              {.replies = "dhclient exit 2"}),
         link(usb, dhcp,
              release + no_ps + "Failed to stop dhclient process.\n" + flushed() + down("usb0") + "status 0\n99999\n",
-             {.before = dhcp_runs, .after = "cat /var/run/dhclient.pid", .faults = "fork 2 11"}),
+             {.before = dhcp_runs, .after = "cat /var/run/dhclient.pid", .faults = fails("fork", EAGAIN, 2)}),
         link(gprs, dhcp, no_ps + no_pppd + no_pppd + "\n" + flushed() + "status 4\n",
-             {.before = "touch /var/run/ppp0.pid", .faults = "fork 1 11"}),
+             {.before = "touch /var/run/ppp0.pid", .faults = fails("fork", EAGAIN)}),
         link("--stop-wifi-if", manual, no_wpa_cli + route_fails("wlan0") + flushed() + down("wlan0") + "status 4\n",
-             {.replies = "route exit 7", .before = supplicant_runs, .faults = "fork 1 11"}),
+             {.replies = "route exit 7", .before = supplicant_runs, .faults = fails("fork", EAGAIN)}),
     });
 }
 

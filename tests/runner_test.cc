@@ -27,13 +27,32 @@ std::string rest_of(FILE *stream) {
 
 } // namespace
 
-TEST(Runner, SystemSucceedsWhateverTheProgramSays) {
-    EXPECT_EQ(zelta_system(shell, "sh", "-c", "exit 3", nullptr), 0);
-    EXPECT_EQ(zelta_system(shell, "sh", "-c", "kill -9 $$", nullptr), 0);
+TEST(Runner, OnlyCloseReportsHowTheProgramEnded) {
+    for (const auto &[script, closes] : {std::pair("exit 0", 0), {"exit 3", -1}, {"kill -9 $$", -1}}) {
+        EXPECT_EQ(zelta_system(shell, "sh", "-c", script, nullptr), 0) << script;
+        EXPECT_EQ(zelta_pclose(start(script)), closes) << script;
+    }
     EXPECT_EQ(zelta_system("/none", "none", nullptr), 0);
+    EXPECT_EQ(zelta_pclose(zelta_popen("/none", "none", nullptr)), -1);
     signal(SIGCHLD, SIG_IGN);
-    EXPECT_EQ(zelta_system("/bin/true", "true", nullptr), -1) << "nobody to wait for";
+    EXPECT_EQ(zelta_system(shell, "sh", "-c", "exit 0", nullptr), -1) << "nobody to wait for";
+    EXPECT_EQ(zelta_pclose(start("exit 0")), -1) << "nobody to wait for";
     signal(SIGCHLD, SIG_DFL);
+    EXPECT_EQ(mbuf_size(&child_info_mbuf), 0U);
+    FILE *foreign = tmpfile();
+    EXPECT_EQ(zelta_pclose(foreign), -1);
+    EXPECT_EQ(fclose(foreign), 0) << "still open";
+}
+
+TEST(Runner, SystemTakesNineteenArguments) {
+    const auto run = [](auto... more) {
+        return zelta_system(shell, "sh", "-c", "echo $1 $# ${15}", "name", "1", "2", "3", "4", "5", "6", "7", "8", "9",
+                            "10", "11", "12", "13", "14", more..., nullptr);
+    };
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(run("last"), 0);
+    EXPECT_EQ(run("last", "one too many"), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "1 15 last\n");
 }
 
 TEST(Runner, EachStreamHasItsOwnChild) {
@@ -48,18 +67,6 @@ TEST(Runner, EachStreamHasItsOwnChild) {
         EXPECT_EQ(zelta_pclose(in_order ? good : bad), in_order ? 0 : -1);
         EXPECT_EQ(mbuf_size(&child_info_mbuf), 0U);
     }
-}
-
-TEST(Runner, CloseReportsTheChild) {
-    EXPECT_EQ(zelta_pclose(start("kill -9 $$")), -1);
-    EXPECT_EQ(zelta_pclose(zelta_popen("/none", "none", nullptr)), -1);
-    signal(SIGCHLD, SIG_IGN);
-    EXPECT_EQ(zelta_pclose(start("exit 0")), -1) << "nobody to wait for";
-    signal(SIGCHLD, SIG_DFL);
-    EXPECT_EQ(mbuf_size(&child_info_mbuf), 0U);
-    FILE *foreign = tmpfile();
-    EXPECT_EQ(zelta_pclose(foreign), -1);
-    EXPECT_EQ(fclose(foreign), 0) << "still open";
 }
 
 TEST(Runner, InterruptedWaitKeepsTheRecord) {
