@@ -6,9 +6,12 @@
 // place of a tool that was built for another machine, it starts that under the emulator.
 #include <dirent.h>
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/auxv.h>
+#include <sys/personality.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -87,8 +90,13 @@ void report_descriptors(FILE *out) {
 void report_status(FILE *out) {
     const struct {
         const char *key, *name;
-    } rows[] = {{"Umask:", "umask"},   {"Uid:", "uid"},        {"Gid:", "gid"},
-                {"Groups:", "groups"}, {"SigBlk:", "blocked"}, {"SigIgn:", "ignored"}};
+    } rows[] = {{"Umask:", "umask"},
+                {"Uid:", "uid"},
+                {"Gid:", "gid"},
+                {"Groups:", "groups"},
+                {"SigBlk:", "blocked"},
+                {"SigIgn:", "ignored"},
+                {"Cpus_allowed_list:", "processors"}};
     char line[1024];
     FILE *status = fopen("/proc/self/status", "re");
     while (fgets(line, sizeof line, status) != nullptr)
@@ -104,21 +112,32 @@ void report_status(FILE *out) {
 }
 
 void report_limits(FILE *out) {
-    const struct {
-        const char *name;
-        __rlimit_resource resource;
-    } rows[] = {{"core", RLIMIT_CORE},   {"fsize", RLIMIT_FSIZE}, {"nofile", RLIMIT_NOFILE},
-                {"stack", RLIMIT_STACK}, {"as", RLIMIT_AS},       {"data", RLIMIT_DATA},
-                {"cpu", RLIMIT_CPU},     {"rss", RLIMIT_RSS}};
-    for (const auto &[name, resource] : rows) {
+    // In the order of the kernel's numbers.
+    const char *const names[RLIM_NLIMITS] = {
+        "cpu",     "fsize", "data",  "stack",      "core",     "rss",  "nproc",  "nofile",
+        "memlock", "as",    "locks", "sigpending", "msgqueue", "nice", "rtprio", "rttime"};
+    for (int resource = 0; resource < RLIM_NLIMITS; resource++) {
         rlimit value;
-        getrlimit(resource, &value); // soft and hard, -1 when there is none
-        fprintf(out, "limit %s %ld %ld\n", name, static_cast<long>(value.rlim_cur),
-                static_cast<long>(value.rlim_max));
+        getrlimit(static_cast<__rlimit_resource>(resource), &value);
+        fprintf(out, "limit %s %ld %ld\n", names[resource], static_cast<long>(value.rlim_cur),
+                static_cast<long>(value.rlim_max)); // soft and hard, -1 when there is none
     }
     itimerval timer;
     getitimer(ITIMER_REAL, &timer);
     fprintf(out, "alarm %s\n", timerisset(&timer.it_value) ? "set" : "none");
+}
+
+void report_priorities(FILE *out) {
+    char score[16] = "";
+    FILE *file = fopen("/proc/self/oom_score_adj", "re");
+    if (fgets(score, sizeof score, file) != nullptr)
+        fprintf(out, "oom score %s", score);
+    fclose(file);
+    constexpr int who_process = 1, idle = 3; // ioprio_get(2)
+    const bool io_idle = syscall(SYS_ioprio_get, who_process, 0) >> 13 == idle;
+    fprintf(out, "nice %d\nscheduler %d\nio %s\ntimer slack %d\npersonality %#x\n",
+            getpriority(PRIO_PROCESS, 0), sched_getscheduler(0), io_idle ? "idle" : "usual",
+            prctl(PR_GET_TIMERSLACK), static_cast<unsigned>(personality(0xffffffff)));
 }
 
 // What this program inherited, gathered before the report's own file is opened.
@@ -127,10 +146,15 @@ void report(const char *name) {
     size_t size = 0;
     FILE *out = open_memstream(&text, &size);
     char directory[4096] = "?";
-    fprintf(out, "report %s\ncwd %s\n", name, getcwd(directory, sizeof directory));
+    char input[4096] = "closed";
+    [[maybe_unused]] const ssize_t size_of_input =
+        readlink("/proc/self/fd/0", input, sizeof input - 1);
+    fprintf(out, "report %s\ninput %s\ncwd %s\nsession %s\n", name, input,
+            getcwd(directory, sizeof directory), getsid(0) == getpid() ? "own" : "shared");
     report_descriptors(out);
     report_status(out);
     report_limits(out);
+    report_priorities(out);
     size_t count = 0;
     while (environ[count] != nullptr)
         count++;
