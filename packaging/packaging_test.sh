@@ -1,31 +1,28 @@
 #!/usr/bin/env bash
-# Installs, packs and unpacks the program, and makes the settings directory in each of the ways that
-# there are. Owners, modes and contents are those that keep user 500 from becoming root.
-#
+# Installs and packs the program, and makes the settings directory in each of the ways that there are. Owners,
+# modes and contents are those that keep user 500 from becoming root.
 #   packaging_test.sh TOOL      exits with 77 where something that it needs is not installed
 
 set -u -o pipefail
-missing=$(for name in fakeroot make mandoc man; do command -v $name >/dev/null || echo $name; done)
-[[ -z $missing ]] || { echo "skipped, not installed: ${missing//$'\n'/ }" && exit 77; }
+for name in cpack dpkg-deb fakeroot make; do
+    command -v $name >/dev/null || { echo "skipped, not installed: $name" && exit 77; }
+done
 [[ $(id -u) == 0 ]] || exec fakeroot "$0" "$@"
-tool=$(readlink -f "$1")
-cd "$(dirname "$0")/.." || exit 1
-scratch=$(mktemp -d)
+tool=$(readlink -f "$1") scratch=$(mktemp -d) failed=0
 trap 'rm -rf "$scratch"' EXIT
+cd "$(dirname "$0")/.." || exit 1
+umask 022
 export SOURCE_DATE_EPOCH=1700000000
-failed=0
 
 same() { # WHAT TEXT TEXT
-    diff <(echo "$2") <(echo "$3") && return
-    echo "differs: $1"
-    failed=1
+    diff <(echo "$2") <(echo "$3") || { echo "differs: $1" && failed=1; }
 }
 install_to() { # DIRECTORY CMAKE-OPTION: from a build that is nothing but the given tool
-    cmake -G Ninja -S . -B "$scratch/build" -DCMAKE_INSTALL_PREFIX=/usr "$2" >/dev/null
-    cp "$tool" "$scratch/build/zelta-ip"
-    DESTDIR=$1 cmake --install "$scratch/build" >/dev/null
-}
+    cmake -G Ninja -S . -B "$scratch/build" -DCMAKE_INSTALL_PREFIX=/usr "$2" && cp "$tool" "$scratch/build/zelta-ip" &&
+        DESTDIR=$1 cmake --install "$scratch/build"
+} >/dev/null
 listing() { find "$1" -mindepth 1 -printf '%M %U/%G ./%P\n' | sort; }
+device_files() { listing "$1" | grep -v ' ./usr/share'; }
 packed() { tar --numeric-owner -tv | awk '{ sub("/$", "", $6); print $1, $2, $6 }' | sort; }
 
 install_to "$scratch/plain" -DZELTA_SETUID=OFF
@@ -33,65 +30,63 @@ install_to "$scratch/root" -DZELTA_SETUID=ON
 for mask in 022 077; do
     (umask $mask && cpack --config "$scratch/build/CPackConfig.cmake" -B "$scratch/$mask")
 done >/dev/null 2>&1
-deb=$(echo "$scratch"/022/*.deb)
-
+same "packages of one date" "" "$(cmp "$scratch"/{022,077}/*.tgz 2>&1)"
 root=$(listing "$scratch/root")
 same "only the program is special" "-rwsr-xr-x 0/0 ./usr/bin/zelta-ip" \
     "$(grep -vE '^(-rw-r--r--|[-d]rwxr-xr-x) 0/0 ' <<<"$root")"
-same "without set-user-ID" "${root/rws/rwx}" "$(listing "$scratch/plain")"
-same ".deb" "$root" "$(dpkg-deb --fsys-tarfile "$deb" | packed)"
-same ".tgz" "$root" "$(gzip -dc "${deb%.deb}.tgz" | packed)"
-same "files that are not installed" "" "$(for file in docs/*.[58] packaging/completion/*; do
-    find "$scratch/root" -type f -exec cmp -s {} "$file" ';' -print | grep -q . || echo "$file"
-done)"
-same "packages of one date" "" "$(cmp "$scratch"/{022,077}/*.tgz 2>&1)"
+same ".tgz, but for what Debian wants" \
+    "$(sed 's|site-functions|vendor-completions|; s|\.[58]$|&.gz|' <<<"$root" | sort)" \
+    "$(gzip -dc "$scratch"/022/*.tgz | packed | grep -vE '/(lintian.*|changelog\.gz|copyright)$')"
 
-# The settings directory, as the .deb makes it, complains about it, and leaves what is there alone.
-dpkg-deb -x "$deb" "$scratch/deb"
-dpkg-deb -e "$deb" "$scratch/control"
-configure() {
-    DPKG_ROOT=$scratch/deb "$scratch/control/postinst" configure 2>&1 | sed "s|$scratch||"
-}
-settings=$scratch/deb/home/main-user/.ip_config
-same "output of the first installation" "" "$(configure)"
-whole=$(listing "$scratch/deb")
-same "owners and modes" $'-rw------- 0/500\n-rw-r----- 0/500\ndrwxr-x--- 0/500' \
-    "$(grep -F .ip_config <<<"$whole" | cut -d' ' -f1,2 | uniq)"
-same "what root alone can read" gprs-config "$(find "$settings" -type f -perm 0600 -printf %f)"
+# The settings directory, as the .deb makes it: in one step, or not at all.
+device=$scratch/deb home=$scratch/deb/home/main-user settings=$scratch/deb/home/main-user/.ip_config
+dpkg-deb -x "$scratch"/022/*.deb "$device"
+dpkg-deb -e "$scratch"/022/*.deb "$scratch/control"
+rm -r "$device/usr/share/doc" # as slim images do
+run() { DPKG_ROOT=$device "$scratch/control/$1" "$2" 2>&1; }
+blamed() { run postinst configure | sed -n "s|^create-settings: $device\(/[^:]*\):.*|\1|p" | xargs; }
+mkdir -p "$home"
+for directory in /home /home/main-user; do
+    chown 500 "$device$directory"
+    same "of user 500" "$directory " "$(blamed) $(find "$home" -mindepth 1)"
+    chown 0 "$device$directory"
+done
+ln -s nowhere "$settings"
+same "a link to nowhere" /home/main-user/.ip_config "$(blamed)"
+rm "$settings"
+same "output of the first installation" "" "$(run postinst configure)"
+whole=$(device_files "$device")
+same "owners and modes" "$(printf '%s 0/500\n' -rw-r-----{,,,} drwxr-x---)" \
+    "$(grep -F .ip_config <<<"$whole" | cut -d' ' -f1,2)"
 
-# The image builders end with the same tree. Buildroot's rows have to add the set-user-ID bit.
-cp -a "$scratch/root" "$scratch/oe"
-D=$scratch/oe datadir=/usr/share sh -ec \
-    "$(sed -n '/^do_install:append/,/^}/{//!p}' packaging/openembedded/zelta-ip_1.0.0.bb)"
-same "OpenEmbedded" "$whole" "$(listing "$scratch/oe")"
+# The image builders end with the same settings and program. Buildroot's rows have to add the set-user-ID bit.
+D=$scratch/root datadir=/usr/share sh -ec \
+    "$(sed -n '/^do_install:append/,/^}/{//!p}' packaging/openembedded/recipes-*/*/*.bb)"
 make -sf - TARGET_DIR="$scratch/plain" >"$scratch/rows" <<'END'
-cmake-package =
 include packaging/buildroot/package/zelta-ip/zelta-ip.mk
 all: ; $(ZELTA_IP_INSTALL_SETTINGS)
 $(info $(ZELTA_IP_PERMISSIONS))
 END
-while read -r path type mode uid gid _; do
-    [[ $type == f ]] || mkdir -p "$scratch/plain$path"
-    chown "$uid:$gid" "$scratch/plain$path"
-    chmod "$mode" "$scratch/plain$path"
+while read -r path type mode owner group _; do
+    [[ $type == r ]] && all=(-R) || all=()
+    chown "${all[@]}" "$owner:$group" "$scratch/plain$path" && chmod "${all[@]}" "$mode" "$scratch/plain$path"
 done <"$scratch/rows"
-same "Buildroot" "$whole" "$(listing "$scratch/plain")"
-same "settings" "" "$(diff -r "$scratch"/{deb,oe}/home && diff -r "$scratch"/{deb,plain}/home)"
+for image in root plain; do
+    same "$image" "$whole" "$(device_files "$scratch/$image" && diff -r "$device/home" "$scratch/$image/home")"
+done
 
-echo config=manual >"$settings/usb-auto"
-rm "$settings/usb-manual"
+# What is there already is left alone, complained about, and gone with a purge.
+rm "$settings/wifi-auto"
+echo psk=secret | tee "$settings/usb-auto" "$settings/wlan-config" >/dev/null
+chmod 0600 "$settings/usb-auto"
+chown 500 "$settings/gprs-auto"
+kept=$(listing "$home")
+same "complaints" "$(printf ' /home/main-user/.ip_config/%s' gprs-auto wlan-config)" " $(blamed)"
+run postrm purge # of another build of the program, while this one is there
+same "the engineer's settings" "psk=secret $kept" "$(cat "$settings/usb-auto") $(listing "$home")"
+rm -r "$scratch/deb/usr"
 chmod g+w "$settings"
-chown 500 "$settings/.." "$settings/wlan-config"
-kept=$(listing "$scratch/deb")
-note=": who owns it or can write it is root through zelta-ip"
-same "complaints" "create-settings: /deb/home/main-user$note
-create-settings: /deb/home/main-user/.ip_config$note
-create-settings: /deb/home/main-user/.ip_config/wlan-config$note" "$(configure)"
-same "the engineer's settings" "config=manual $kept" \
-    "$(cat "$settings/usb-auto") $(listing "$scratch/deb")"
-
-same "manual pages" "" "$(for page in docs/*.[58]; do
-    mandoc -Tlint "$page" | grep -v 'referenced manual not found'
-    man --warnings -l "$page" 2>&1 >/dev/null
-done)"
+same "purge where others can write" "1 $(listing "$home")" "$(run postrm purge | wc -l) $(listing "$home")"
+chmod g-w "$settings"
+same "purge" "" "$(run postrm purge; find "$device/home" -mindepth 1)"
 exit $failed
