@@ -100,15 +100,16 @@ FAILS(getrlimit, -1) FAILS(setrlimit, -1)
     return strcmp(function, "fclose") == 0 || strcmp(function, "waitpid") == 0;
 }
 
-// Whatever their types, arguments and results are words that pass through.
+// Whatever their types, arguments and results are words that pass through, as many as any call has.
+#define WORDS long a, long b, long c, long d, long e, long f, long g, long h
 #define WRAP(symbol, function)                                                                                         \
-    extern "C" long __real_##symbol(long a, long b, long c, long d, long e);                                           \
-    extern "C" long __wrap_##symbol(long a, long b, long c, long d, long e);                                           \
-    long __wrap_##symbol(long a, long b, long c, long d, long e) {                                                     \
+    extern "C" long __real_##symbol(WORDS);                                                                            \
+    extern "C" long __wrap_##symbol(WORDS);                                                                            \
+    long __wrap_##symbol(WORDS) {                                                                                      \
         const bool fails = strikes(#function);                                                                         \
         if (fails && !works_before_failing(#function))                                                                 \
             return failed_##function;                                                                                  \
-        const long result = __real_##symbol(a, b, c, d, e);                                                            \
+        const long result = __real_##symbol(a, b, c, d, e, f, g, h);                                                   \
         return fails ? failed_##function : result;                                                                     \
     }
 #include "wrapped.h"
