@@ -1,12 +1,12 @@
 #include "firewall/ports.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
 #include "firewall/iptables.h"
 #include "lib/exit_status.h"
 #include "lib/report_error.h"
+#include "lib/strtol.h"
 
 namespace zelta {
 
@@ -32,7 +32,7 @@ const char *chain_of(const char *direction) {
 // whole text. Prints its line and returns port_limit for a number that is negative or too large.
 unsigned long port_value(const char *text) {
     errno = 0;
-    unsigned long value = static_cast<unsigned long>(strtol(text, nullptr, 10));
+    unsigned long value = static_cast<unsigned long>(any_strtol(text, nullptr, 10));
     // A negative number has become a large one. EINVAL, which some C libraries set for a text
     // without digits, does not count.
     if (errno != ERANGE && value < port_limit)

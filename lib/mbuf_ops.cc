@@ -187,8 +187,7 @@ void *mbuf_end(mbuf *b) {
 
 namespace {
 
-// The distance of a unit's pointer, or of the end, from the first unit; false for any other
-// pointer.
+// How far a unit's pointer, or the end, is from the first unit; false for any other pointer.
 bool offset_of(mbuf *b, const void *unit, size_t *offset) {
     if (mbuf_valid(b) != 0)
         return false;

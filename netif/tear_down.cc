@@ -36,8 +36,7 @@ void stop_daemon(const net_link &link, int *result) {
     }
 }
 
-// Undoes what bring-up did for the mode. stop_dhclient has its own message, and its result does not
-// count.
+// Undoes what bring-up did for the mode. stop_dhclient prints its own message when it fails.
 void clear_mode(const net_link &link, int *result) {
     if (in_config.ip_mode == ip_mode_auto) {
         puts("Clearing Auto IP config setting");

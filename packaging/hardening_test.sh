@@ -41,6 +41,7 @@ expect "libraries" libc.so.6 "$(sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' <<<"$dyna
     grep -v '^ld-linux' | xargs)" # the loader keeps ARM's stack protector
 expect "stack protector, fortified calls" "__printf_chk __stack_chk_fail" \
     "$(nm -D "$tool" | grep -oE '__(stack_chk_fail|printf_chk)\b' | xargs)"
+expect "no symbol of a glibc after 2.34" 2.34 "$(nm -D "$tool" | sed -n 's/.*@GLIBC_//p' | sort -uV | tail -n 1)"
 expect "code before main" "one entry, frame_dummy" "$(readelf -SW "$tool" |
     sed -n 's/.* INIT_ARRAY  *[^ ]* [^ ]* 0*\([48]\) 0*\1 .*/one entry,/p') $(nm "$tool" |
     sed -n 's/.* __\(frame_dummy\)_init_array_entry/\1/p')"

@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdint>
-#include <cstdlib>
 #include <initializer_list>
 
 #include <dirent.h>
@@ -17,6 +16,8 @@
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
+
+#include "lib/strtol.h"
 
 namespace zelta {
 
@@ -73,8 +74,7 @@ void set_limits() {
 // By the kernel's own calls where the C libraries have none, or one that always fails.
 void set_priorities() {
     constexpr sched_param normal = {};
-    syscall(SYS_sched_setscheduler, 0, SCHED_OTHER,
-            &normal); // first: the nice value counts in this class alone
+    syscall(SYS_sched_setscheduler, 0, SCHED_OTHER, &normal); // first: nice counts in it alone
     setpriority(PRIO_PROCESS, 0, 0);
     unsigned long all_processors[16]; // the kernel passes over those that are not there
     for (unsigned long &word : all_processors)
@@ -106,7 +106,8 @@ void close_descriptors() {
         return;
     const int own = dirfd(listing);
     while (const dirent *entry = readdir(listing)) {
-        const int fd = atoi(entry->d_name); // 0 for "." and ".."
+        const int fd =
+            static_cast<int>(any_strtol(entry->d_name, nullptr, 10)); // 0 for "." and ".."
         if (fd >= first && fd != own)
             close(fd);
     }
@@ -133,8 +134,7 @@ void reset_signals() {
     for (int timer : {ITIMER_REAL, ITIMER_VIRTUAL, ITIMER_PROF})
         setitimer(timer, &never, nullptr);
 
-    // A blocked signal may be waiting. Ignoring it discards it, so that it does not strike when the
-    // mask is emptied.
+    // A blocked signal may be waiting. Ignoring discards it, before the mask is emptied.
     for (int number = 1; number < NSIG; number++)
         set_disposition(number, SIG_IGN);
     sigset_t none;

@@ -3,13 +3,13 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 
 #include <unistd.h>
 
 #include "lib/exit_status.h"
 #include "lib/mstr.h"
+#include "lib/strtol.h"
 #include "process/privilege.h"
 #include "process/runner.h"
 
@@ -25,7 +25,7 @@ void interrupt_process(mstr *line, mstr *id, pid_t self) {
     mstr_strip(line, true, false);
     if (mstr_partition_cstr(id, line, " ") != 1)
         return;
-    long number = strtol(mstr_get(id), nullptr, 10);
+    long number = any_strtol(mstr_get(id), nullptr, 10);
     if (number <= 0 || number == LONG_MAX || number > INT_MAX || number == self)
         return;
     pid_t pid = static_cast<pid_t>(number);

@@ -13,8 +13,7 @@ ip_settings in_config;
 
 namespace {
 
-// A key, the field that it fills, and the line printed when it is missing; null for an optional
-// key.
+// A key, the field that it fills, and the line printed when it is missing; null: optional.
 struct setting {
     const char *key;
     const char *ip_settings::*field;
