@@ -139,10 +139,12 @@ int with_units(arrays &o, Call call) {
     });
 }
 
+mref raw_at(const arrays &o, char *copy) { return {copy, static_cast<uint32_t>(o.raw.size())}; }
+
 int call_find(arrays &o, mbuf_cmp_fn comparator) {
     return with_memory(o.raw, [&](char *copy) {
         key_given = copy;
-        const int at = mbuf_find(&o.a.header, o.m, {copy, static_cast<uint32_t>(o.raw.size())}, comparator);
+        const int at = mbuf_find(&o.a.header, o.m, raw_at(o, copy), comparator);
         key_given = nullptr;
         return at;
     });
@@ -192,16 +194,14 @@ int call_walk(slot<mbuf> &x) {
     return at == end && right && mbuf_access(b, static_cast<uint32_t>(i)) == nullptr ? i : -2;
 }
 
+// clang-format off
 constexpr row<mbuf> rows[] = {
     ROW('w', compatible(o) ? overwrite(o.a, o.m, o.b.content) : -1, mbuf_write(&o.a.header, o.m, &o.b.header)),
     ROW('m', overwrite(o.a, o.m, units_in(o)),
         with_units(o, [&](mbuf *b, mref given) { return mbuf_memcpy(b, o.m, given); })),
     ROW('c', overwrite(o.a, o.a.units(), units_in(o)), with_units(o, mbuf_concat)),
     ROW('p', overwrite(o.a, o.a.units(), unit_of(o)),
-        with_memory(unit_of(o),
-                    [&](char *copy) {
-                        return mbuf_push_back(&o.a.header, {copy, 0});
-                    })),
+        with_memory(unit_of(o), [&](char *copy) { return mbuf_push_back(&o.a.header, {copy, 0}); })),
     ROW('M', copy_own_units(o), call_with_own_units(o)),
     ROW('0', -1, call_with_refused_arguments(o)),
     ROW('r', reverse(o.a), mbuf_reverse(&o.a.header)),
@@ -209,15 +209,13 @@ constexpr row<mbuf> rows[] = {
     ROW('f', find(o, false), call_find(o, nullptr)),
     ROW('F', find(o, true), call_find(o, by_first_byte)),
     ROW('=', set(o),
-        with_memory(o.raw,
-                    [&](char *copy) {
-                        return mbuf_set(&o.a.header, o.m, {copy, static_cast<uint32_t>(o.raw.size())});
-                    })),
+        with_memory(o.raw, [&](char *copy) { return mbuf_set(&o.a.header, o.m, raw_at(o, copy)); })),
     ROW('g', get(o, o.m), call_get(o, false)),
     ROW('P', pop(o), call_get(o, true)),
     ROW('u', updatesize(o), mbuf_updatesize(&o.a.header, o.m)),
     ROW('W', o.a.number(o.a.units()), call_walk(o.a)),
 };
+// clang-format on
 
 } // namespace
 

@@ -99,6 +99,8 @@ void report_status(FILE *out) {
                 {"Cpus_allowed_list:", "processors"}};
     char line[1024];
     FILE *status = fopen("/proc/self/status", "re");
+    if (status == nullptr)
+        return;
     while (fgets(line, sizeof line, status) != nullptr)
         for (const auto &[key, name] : rows)
             if (strncmp(line, key, strlen(key)) == 0) {
@@ -130,6 +132,8 @@ void report_limits(FILE *out) {
 void report_priorities(FILE *out) {
     char score[16] = "";
     FILE *file = fopen("/proc/self/oom_score_adj", "re");
+    if (file == nullptr)
+        return;
     if (fgets(score, sizeof score, file) != nullptr)
         fprintf(out, "oom score %s", score);
     fclose(file);
@@ -240,6 +244,10 @@ int emulate(int argc, char **argv) {
     fclose(file);
     const size_t most = sizeof text + static_cast<size_t>(argc);
     char **words = static_cast<char **>(calloc(most, sizeof *words));
+    if (words == nullptr) {
+        perror("calloc");
+        return 127;
+    }
     size_t count = 0;
     for (char *word = strtok(text, " \n"); word != nullptr; word = strtok(nullptr, " \n"))
         words[count++] = word;

@@ -86,11 +86,10 @@ struct row {
     int (*call)(operands<Header> &o);
 };
 
-#define ROW(letter, model, call)                                                                                       \
-    {                                                                                                                  \
-        letter, []([[maybe_unused]] auto &o) -> int { return model; },                                                 \
-            []([[maybe_unused]] auto &o) -> int { return call; }                                                       \
-    }
+// clang-format off
+#define ROW(letter, model, call) {letter, \
+    []([[maybe_unused]] auto &o) -> int { return model; }, []([[maybe_unused]] auto &o) -> int { return call; }}
+// clang-format on
 
 inline bool zeros(const char *bytes, size_t size) {
     return std::all_of(bytes, bytes + size, [](char c) { return c == 0; });
